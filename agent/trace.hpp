@@ -1,0 +1,28 @@
+// Debug output through the agent's debug tokens, printed only while the
+// agent's debugging is on.  A traced step prints a position line under the
+// token "trace" (function, source file, line), then its message under the
+// group's own token: "scalars" for scalar handlers, the table's name for a
+// table.  Only the net-snmp edge includes this header.
+#pragma once
+
+#include <net-snmp/net-snmp-config.h>
+#include <net-snmp/net-snmp-includes.h>
+#include <net-snmp/agent/net-snmp-agent-includes.h>
+
+// Message under `token`, preceded by the position line naming `file`.
+#define SA_TRACE_IN(file, token, ...)                                           \
+    do {                                                                        \
+        if (snmp_get_do_debugging()) {                                          \
+            DEBUGMSGTL(("trace", "%s(): %s, %d:\n", __func__, file, __LINE__)); \
+            DEBUGMSGTL((token, __VA_ARGS__));                                   \
+        }                                                                       \
+    } while (0)
+#define SA_TRACE(token, ...) SA_TRACE_IN(__FILE_NAME__, token, __VA_ARGS__)
+
+// Message under `token` alone.
+#define SA_DEBUG(token, ...)                          \
+    do {                                              \
+        if (snmp_get_do_debugging()) {                \
+            DEBUGMSGTL((token, __VA_ARGS__));         \
+        }                                             \
+    } while (0)

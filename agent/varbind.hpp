@@ -1,0 +1,19 @@
+// Moving values between accessors and varbinds: the one place that knows how
+// each MIB type travels in net-snmp.  Net-snmp edge.
+#pragma once
+
+#include "agent/trace.hpp"
+#include "tables/row_key.hpp"
+
+namespace snmpapi {
+
+u_char asn_type(Type type);
+
+// Stores a getter's answer in a varbind with the object's type.
+void store_value(netsnmp_variable_list *var, const Value &value);
+
+// The value a SET carries: the 32-bit word of an integer-like value (the
+// protocol's 32 bits, whatever the host's long is), or the bytes of a string.
+SetValue received_value(const netsnmp_variable_list *var);
+
+}  // namespace snmpapi

@@ -1,0 +1,236 @@
+// The generic table: registration on the table-data helper, the row store and
+// the request handler shared by every catalogued table.
+//
+// Rows hold only their index values.  Before each request batch the table's
+// population runs again under the read lock, adding rows for objects that
+// have appeared; a row whose object has gone is removed when a GET meets it.
+// Column values are read and written live through the accessors, each call
+// under the configuration lock.
+
+#include "tables/table_runtime.hpp"
+
+#include <cstring>
+
+#include "agent/config_lock.hpp"
+#include "agent/varbind.hpp"
+
+namespace snmpapi {
+namespace {
+
+int table_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *,
+                  netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    return static_cast<TableRuntime *>(handler->myvoid)->handle(reqinfo, requests);
+}
+
+u_char index_asn_type(IndexKind kind) {
+    switch (kind) {
+    case IndexKind::IDX_INTEGER: return ASN_INTEGER;
+    case IndexKind::IDX_GAUGE: return ASN_GAUGE;
+    case IndexKind::IDX_TIMETICKS: return ASN_TIMETICKS;
+    case IndexKind::IDX_IPADDRESS: return ASN_IPADDRESS;
+    case IndexKind::IDX_OCTET_STR: return ASN_OCTET_STR;
+    case IndexKind::IDX_IMPLIED_OCTET_STR: return ASN_PRIV_IMPLIED_OCTET_STR;
+    }
+    return ASN_NULL;
+}
+
+// Adds the index varbinds of a row, one per index, from its key.
+bool add_index_varbinds(netsnmp_table_row *row, const TableDesc &desc, KeyView key) {
+    key_codec::Reader r(key);
+    for (size_t i = 0; i < desc.index_count; ++i) {
+        const IndexKind kind = desc.index_kinds[i];
+        const u_char type = index_asn_type(kind);
+        if (is_string_index(kind)) {
+            auto [p, n] = r.string(kind == IndexKind::IDX_IMPLIED_OCTET_STR);
+            snmp_varlist_add_variable(&row->indexes, nullptr, 0, type, p, n);
+        } else if (kind == IndexKind::IDX_IPADDRESS) {
+            uint8_t octets[4];
+            for (uint8_t &o : octets) o = uint8_t(r.next());
+            snmp_varlist_add_variable(&row->indexes, nullptr, 0, type, octets, 4);
+        } else {
+            uint32_t v = r.next();
+            snmp_varlist_add_variable(&row->indexes, nullptr, 0, type, &v, sizeof(v));
+        }
+    }
+    return r.ok() && r.remaining() == 0;
+}
+
+}  // namespace
+
+void TableRuntime::bind() {
+    if (desc_) return;
+    desc_ = find_table(name_);
+    if (!desc_) return;
+    columns_.assign(desc_->highest_column + 1, nullptr);
+    for (const ColumnDesc &c : all_columns())
+        if (std::strcmp(c.table, name_) == 0 && c.number < columns_.size()) columns_[c.number] = &c;
+}
+
+const ColumnDesc *TableRuntime::column(unsigned number) const {
+    return number < columns_.size() ? columns_[number] : nullptr;
+}
+
+void TableRuntime::init() {
+    bind();
+    if (!desc_) return;
+    std::vector<oid> table_oid(desc_->oid.subids, desc_->oid.subids + desc_->oid.len);
+    netsnmp_handler_registration *reg = netsnmp_create_handler_registration(
+        name_, table_handler, table_oid.data(), table_oid.size(),
+        desc_->writable ? HANDLER_CAN_RWRITE : HANDLER_CAN_RONLY);
+    if (reg) reg->handler->myvoid = this;
+
+    auto *info = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
+    for (size_t i = 0; i < desc_->index_count; ++i)
+        netsnmp_table_helper_add_indexes(info, index_asn_type(desc_->index_kinds[i]), 0);
+    if (info) {
+        info->min_column = desc_->lowest_column;
+        info->max_column = desc_->highest_column;
+    }
+    data_ = netsnmp_create_table_data(name_);
+    netsnmp_register_table_data(reg, data_, info);
+    SA_DEBUG(name_, "Initializing\n");
+    refresh_();
+}
+
+netsnmp_table_row *TableRuntime::find(KeyView key) const {
+    auto it = rows_.find(key);
+    return it == rows_.end() ? nullptr : it->second;
+}
+
+void *TableRuntime::create(KeyView key) {
+    if (!data_) return nullptr;
+    if (netsnmp_table_row *row = find(key)) return row;
+
+    auto *entry = new RowEntry{RowKey(key.begin(), key.end())};
+    SA_DEBUG(name_, "Adding row.\n");
+    netsnmp_table_row *row = netsnmp_create_table_data_row();
+    if (!row) {
+        delete entry;
+        return nullptr;
+    }
+    row->data = entry;
+    if (!add_index_varbinds(row, *desc_, key) || netsnmp_table_data_add_row(data_, row) != SNMPERR_SUCCESS) {
+        netsnmp_table_data_delete_row(row);
+        delete entry;
+        return nullptr;
+    }
+    rows_.emplace(entry->key, row);
+    return row;
+}
+
+void TableRuntime::remove(KeyView key) {
+    auto it = rows_.find(key);
+    if (it == rows_.end()) return;
+    SA_DEBUG(name_, "Removing row\n");
+    netsnmp_table_row *row = it->second;
+    rows_.erase(it);
+    auto *entry = static_cast<RowEntry *>(netsnmp_table_data_remove_and_delete_row(data_, row));
+    delete entry;
+}
+
+bool TableRuntime::key_from_indexes(const netsnmp_variable_list *var, RowKey &key) const {
+    key.clear();
+    for (size_t i = 0; i < desc_->index_count; ++i, var = var->next_variable) {
+        if (!var) return false;
+        const IndexKind kind = desc_->index_kinds[i];
+        if (is_string_index(kind)) {
+            key_codec::put(key, kind, var->val.string, var->val.string ? var->val_len : 0);
+        } else {
+            key_codec::put(key, kind, received_value(var).word);
+        }
+    }
+    return true;
+}
+
+int TableRuntime::handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    bind();
+    if (!desc_) return SNMP_ERR_NOERROR;
+    SA_TRACE(name_, "%s handler, mode %d\n", name_, reqinfo->mode);
+
+    config_read_lock();
+    refresh_();
+    config_unlock();
+
+    switch (reqinfo->mode) {
+    case MODE_GET: handle_get(requests); break;
+    case MODE_SET_RESERVE1: handle_reserve1(reqinfo, requests); break;
+    case MODE_SET_ACTION: handle_action(reqinfo, requests); break;
+    default: break;  // RESERVE2, COMMIT, FREE, UNDO: the value was written once, in ACTION
+    }
+    return SNMP_ERR_NOERROR;
+}
+
+void TableRuntime::handle_get(netsnmp_request_info *requests) {
+    RowKey key;
+    for (netsnmp_request_info *r = requests; r; r = r->next) {
+        auto *entry = static_cast<RowEntry *>(netsnmp_extract_table_row_data(r));
+        netsnmp_table_request_info *info = netsnmp_extract_table_info(r);
+        if (!info) {
+            SA_TRACE(name_, "table_info not found.\n");
+            continue;
+        }
+        if (!entry) {
+            SA_TRACE(name_, "Index not found.\n");
+            continue;
+        }
+        key = entry->key;  // the row check may remove the row and its entry
+        if (!desc_->exists(key)) {
+            SA_TRACE(name_, "Index not found.\n");
+            continue;
+        }
+        SA_TRACE(name_, "Get for row %d\n", info->colnum);
+        config_read_lock();
+        if (const ColumnDesc *col = column(info->colnum)) {
+            SA_TRACE(name_, "Get for %s, row %d\n", col->name, info->colnum);
+            store_value(r->requestvb, col->get(key));
+        } else {
+            SA_TRACE(name_, "Column %d not found\n", info->colnum);
+        }
+        config_unlock();
+    }
+}
+
+void TableRuntime::handle_reserve1(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    if (!desc_->writable) {
+        netsnmp_table_request_info *info = netsnmp_extract_table_info(requests);
+        SA_TRACE(name_, "Set reserve 1 for row %d\n", info ? int(info->colnum) : 0);
+        netsnmp_set_request_error(reqinfo, requests, SNMP_ERR_NOTWRITABLE);
+        return;
+    }
+    for (netsnmp_request_info *r = requests; r; r = r->next) {
+        netsnmp_table_request_info *info = netsnmp_extract_table_info(r);
+        const unsigned colnum = info ? info->colnum : 0;
+        SA_TRACE(name_, "Set reserve 1 for row %d\n", colnum);
+        const ColumnDesc *col = column(colnum);
+        if (!col || !col->set) {
+            // A read-only column ends the check of the whole batch.
+            netsnmp_set_request_error(reqinfo, r, SNMP_ERR_NOTWRITABLE);
+            return;
+        }
+        if (col->type != Type::OCTET_STR && !col->range.accepts(received_value(r->requestvb).word))
+            netsnmp_set_request_error(reqinfo, r, SNMP_ERR_WRONGVALUE);
+    }
+}
+
+void TableRuntime::handle_action(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    RowKey key;
+    for (netsnmp_request_info *r = requests; r; r = r->next) {
+        auto *entry = static_cast<RowEntry *>(netsnmp_extract_table_row_data(r));
+        netsnmp_table_request_info *info = netsnmp_extract_table_info(r);
+        if (!info) continue;
+        // A SET may address an object that the table has not listed yet: the
+        // index then comes from the request itself.
+        if (entry)
+            key = entry->key;
+        else if (!key_from_indexes(info->indexes, key))
+            continue;
+        SA_TRACE(name_, "Set action for row %d\n", info->colnum);
+        const ColumnDesc *col = column(info->colnum);
+        config_write_lock();
+        if (col && col->set && col->set(key, received_value(r->requestvb)) < 0)
+            netsnmp_set_request_error(reqinfo, r, SNMP_ERR_GENERR);
+        config_unlock();
+    }
+}
+
+}  // namespace snmpapi

@@ -1,0 +1,430 @@
+// The module's frame in process: the catalogues as data, row keys, and the
+// scalar and table handlers driven mode by mode against the simulated switch,
+// with the platform call journal showing what reached the platform.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "agent/trace.hpp"
+#include "swsim/control.hpp"
+#include "tables/descriptors.hpp"
+#include "tables/table_runtime.hpp"
+#include "tables/tables.hpp"
+
+extern "C" int handle_sysName(netsnmp_mib_handler *, netsnmp_handler_registration *,
+                              netsnmp_agent_request_info *, netsnmp_request_info *);
+extern "C" void dot1dBasePortTable_removeEntry(int32_t);
+
+namespace snmpapi {
+int scalar_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
+}
+
+namespace {
+
+using namespace snmpapi;
+namespace fs = std::filesystem;
+
+// ---- The catalogues ----------------------------------------------------------
+
+TEST(Catalogue, HoldsEveryObjectOnce) {
+    EXPECT_EQ(all_scalars().size(), 159u);
+    EXPECT_EQ(all_tables().size(), 120u);
+    std::set<std::string> names;
+    for (const ScalarDesc &s : all_scalars()) EXPECT_TRUE(names.insert(s.name).second) << s.name;
+    for (const TableDesc &t : all_tables()) EXPECT_TRUE(names.insert(t.name).second) << t.name;
+    const auto unregistered =
+        std::count_if(all_tables().begin(), all_tables().end(), [](const TableDesc &t) { return !t.registered; });
+    EXPECT_EQ(unregistered, 7);
+}
+
+TEST(Catalogue, RangesOnlyOnIntegersAndOrdered) {
+    for (const ScalarDesc &s : all_scalars()) {
+        if (!s.range.checked) continue;
+        EXPECT_EQ(s.type, Type::INTEGER) << s.name;
+        EXPECT_LE(s.range.lo, s.range.hi) << s.name;
+    }
+    for (const ColumnDesc &c : all_columns()) {
+        if (!c.range.checked) continue;
+        EXPECT_EQ(c.type, Type::INTEGER) << c.name;
+        EXPECT_LE(c.range.lo, c.range.hi) << c.name;
+    }
+}
+
+// A built table's columns lie within its registered column range, and the
+// columns that accept a SET are exactly the catalogued writable ones.
+TEST(Catalogue, BuiltTablesMatchTheirColumns) {
+    for (const TableDesc &t : all_tables()) {
+        if (!t.built) continue;
+        ASSERT_NE(t.exists, nullptr) << t.name;
+        std::set<std::string> setters, listed;
+        for (const ColumnDesc &c : all_columns()) {
+            if (std::string(c.table) != t.name) continue;
+            EXPECT_GE(c.number, t.lowest_column) << c.name;
+            EXPECT_LE(c.number, t.highest_column) << c.name;
+            if (c.set) setters.insert(c.name);
+        }
+        std::istringstream words(t.writable_columns);
+        for (std::string w; words >> w;) listed.insert(w);
+        EXPECT_EQ(setters, listed) << t.name;
+        EXPECT_EQ(t.writable, !listed.empty()) << t.name;
+    }
+    for (const ColumnDesc &c : all_columns()) {
+        const TableDesc *t = find_table(c.table);
+        ASSERT_NE(t, nullptr) << c.table;
+        EXPECT_TRUE(t->built) << c.table;
+    }
+}
+
+TEST(Catalogue, OidsLieUnderTheirTrees) {
+    const std::vector<uint32_t> priv = {1, 3, 6, 1, 4, 1, 99999};
+    for (const ScalarDesc &s : all_scalars()) {
+        ASSERT_GE(s.oid.len, 6u) << s.name;
+        if (s.oid.subids[4] == 4) EXPECT_TRUE(std::equal(priv.begin(), priv.end(), s.oid.subids)) << s.name;
+    }
+}
+
+// ---- Row keys -----------------------------------------------------------------
+
+TEST(RowKey, EncodesIndexesAsSnmpDoes) {
+    RowKey key;
+    const uint8_t mac[6] = {0, 0x10, 0x18, 0xff, 0xfe, 0x01};
+    encode_key<Keys<IndexKind::IDX_GAUGE, IndexKind::IDX_IMPLIED_OCTET_STR>>(key, 7u, mac, size_t(6));
+    EXPECT_EQ(key, (RowKey{7, 0, 0x10, 0x18, 0xff, 0xfe, 0x01}));
+    encode_key<Keys<IndexKind::IDX_OCTET_STR, IndexKind::IDX_INTEGER>>(key, mac, size_t(2), int32_t(5));
+    EXPECT_EQ(key, (RowKey{2, 0, 0x10, 5}));
+    encode_key<Keys<IndexKind::IDX_IPADDRESS, IndexKind::IDX_INTEGER>>(key, 0xC0A80001u, int32_t(3));
+    EXPECT_EQ(key, (RowKey{192, 168, 0, 1, 3}));
+}
+
+int32_t g_seen_int;
+std::string g_seen_bytes;
+int record_row(uint32_t fid, const uint8_t *mac, size_t len, int32_t v) {
+    g_seen_int = int32_t(fid) * 1000 + v;
+    g_seen_bytes.assign(reinterpret_cast<const char *>(mac), len);
+    return 0;
+}
+
+TEST(RowKey, ThunksHandTheIndexBackToTheAccessor) {
+    using K = Keys<IndexKind::IDX_GAUGE, IndexKind::IDX_OCTET_STR>;
+    RowKey key;
+    const uint8_t text[3] = {'a', 'b', 'c'};
+    encode_key<K>(key, 42u, text, size_t(3));
+    SetValue v;
+    v.word = 9;
+    EXPECT_EQ((set_thunk<K, Type::INTEGER, &record_row>(key, v)), 0);
+    EXPECT_EQ(g_seen_int, 42009);
+    EXPECT_EQ(g_seen_bytes, "abc");
+    // A key cut short never reaches the accessor.
+    key.pop_back();
+    EXPECT_EQ((set_thunk<K, Type::INTEGER, &record_row>(key, v)), -1);
+}
+
+// Our key order is the order of the index OIDs that net-snmp builds.
+TEST(RowKey, OrderMatchesOidOrder) {
+    std::mt19937 rng(7);
+    std::vector<RowKey> keys;
+    for (int i = 0; i < 200; ++i) {
+        RowKey k;
+        const uint8_t s[4] = {uint8_t(rng() % 3), uint8_t(rng() % 256), 1, 2};
+        encode_key<Keys<IndexKind::IDX_GAUGE, IndexKind::IDX_OCTET_STR>>(k, uint32_t(rng() % 5), s,
+                                                                        size_t(rng() % 4));
+        keys.push_back(k);
+    }
+    for (const RowKey &a : keys)
+        for (const RowKey &b : keys) {
+            std::vector<oid> oa(a.begin(), a.end()), ob(b.begin(), b.end());
+            const int c = snmp_oid_compare(oa.data(), oa.size(), ob.data(), ob.size());
+            EXPECT_EQ(KeyLess{}(a, b), c < 0);
+        }
+}
+
+TEST(Range, ComparesUnsignedFromTheLowerBound) {
+    const Range r{true, 600, 4000};
+    EXPECT_FALSE(r.accepts(599));
+    EXPECT_TRUE(r.accepts(600));
+    EXPECT_TRUE(r.accepts(4000));
+    EXPECT_FALSE(r.accepts(4001));
+    EXPECT_FALSE((Range{true, 0, 65535}.accepts(uint32_t(-1))));
+    EXPECT_TRUE((Range{true, 0, 65535}.accepts(65535)));
+    EXPECT_FALSE((Range{true, 0, 65535}.accepts(65536)));
+    EXPECT_TRUE(Range{}.accepts(uint32_t(-5)));
+}
+
+// ---- Handlers against the simulated switch ------------------------------------
+
+// One request batch as the agent hands it to a handler.
+class Batch {
+public:
+    explicit Batch(int mode) { reqinfo_.mode = mode; }
+    ~Batch() {
+        for (netsnmp_request_info *r : requests_) {
+            netsnmp_free_request_data_sets(r);
+            snmp_free_varbind(r->requestvb);
+            free(r);
+        }
+    }
+    netsnmp_request_info *add(u_char type, const void *value, size_t len) {
+        auto *r = SNMP_MALLOC_TYPEDEF(netsnmp_request_info);
+        oid name[] = {1, 3, 6, 1, 4, 1, 99999, 0};
+        snmp_varlist_add_variable(&r->requestvb, name, OID_LENGTH(name), type, value, len);
+        if (!requests_.empty()) {
+            requests_.back()->next = r;
+            r->prev = requests_.back();
+        }
+        requests_.push_back(r);
+        return r;
+    }
+    netsnmp_request_info *add_int(int32_t v) { return add(ASN_INTEGER, &v, sizeof(v)); }
+    netsnmp_request_info *add_string(const std::string &s) { return add(ASN_OCTET_STR, s.data(), s.size()); }
+    // Table requests carry the column, the index and, for a listed row, its data.
+    netsnmp_request_info *add_table(unsigned column, int32_t index, int32_t value, void *row) {
+        netsnmp_request_info *r = add_int(value);
+        auto *info = SNMP_MALLOC_TYPEDEF(netsnmp_table_request_info);
+        info->colnum = column;
+        snmp_varlist_add_variable(&info->indexes, nullptr, 0, ASN_INTEGER, &index, sizeof(index));
+        netsnmp_request_add_list_data(r, netsnmp_create_data_list(TABLE_HANDLER_NAME, info, &free_info));
+        if (row) netsnmp_request_add_list_data(r, netsnmp_create_data_list(TABLE_DATA_ROW, row, nullptr));
+        return r;
+    }
+    netsnmp_agent_request_info *info() { return &reqinfo_; }
+    netsnmp_request_info *head() { return requests_.front(); }
+    netsnmp_request_info *at(size_t i) { return requests_[i]; }
+
+private:
+    static void free_info(void *p) {
+        auto *info = static_cast<netsnmp_table_request_info *>(p);
+        snmp_free_varbind(info->indexes);
+        free(info);
+    }
+    netsnmp_agent_request_info reqinfo_{};
+    std::vector<netsnmp_request_info *> requests_;
+};
+
+class Handlers : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        dir_ = fs::temp_directory_path() / ("frame-" + std::to_string(getpid()));
+        fs::create_directories(dir_);
+        state_ = (dir_ / "switch.state").string();
+        swsim::create_state(state_, std::string(SOURCE_DIR) + "/scenarios/default.json");
+        setenv("SWSIM_STATE", state_.c_str(), 1);
+        cfg_init();
+        netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
+        init_agent("frame_tests");
+        init_snmp("frame_tests");
+        snmp_enable_calllog();
+        snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &capture_log, nullptr);
+    }
+    static void TearDownTestSuite() { fs::remove_all(dir_); }
+
+    void SetUp() override {
+        sw_ = std::make_unique<swsim::Switch>(state_);
+        sw_->fault_clear();
+        sw_->journal_clear();
+        sw_->journal_enable(true);
+        log_.clear();
+    }
+    void TearDown() override { sw_->journal_enable(false); }
+
+    std::vector<std::string> calls() const {
+        std::vector<std::string> out;
+        for (const auto &e : sw_->journal()) out.push_back(e.call + "(" + e.args + ")");
+        return out;
+    }
+
+    static int capture_log(int, int, void *msg, void *) {
+        log_ += static_cast<snmp_log_message *>(msg)->msg;
+        return 0;
+    }
+
+    static inline fs::path dir_;
+    static inline std::string state_;
+    static inline std::string log_;
+    std::unique_ptr<swsim::Switch> sw_;
+};
+
+TEST_F(Handlers, ScalarGetAnswersIntoTheFirstVarbind) {
+    sw_->set_hostname("edge-7");
+    Batch b(MODE_GET);
+    b.add(ASN_NULL, nullptr, 0);
+    b.add(ASN_NULL, nullptr, 0);
+    EXPECT_EQ(handle_sysName(nullptr, nullptr, b.info(), b.head()), SNMP_ERR_NOERROR);
+    netsnmp_variable_list *first = b.head()->requestvb;
+    ASSERT_EQ(first->type, ASN_OCTET_STR);
+    EXPECT_EQ(std::string(reinterpret_cast<char *>(first->val.string), first->val_len), "edge-7");
+    EXPECT_EQ(b.at(1)->requestvb->type, ASN_NULL);
+    const auto c = calls();
+    ASSERT_GE(c.size(), 3u);
+    EXPECT_EQ(c.front(), "lock_read(2)");
+    EXPECT_EQ(c.back(), "lock_free(2)");
+}
+
+TEST_F(Handlers, ScalarSetWritesOnceInActionAndFreesTheLockOnFailure) {
+    for (int mode : {MODE_SET_RESERVE1, MODE_SET_RESERVE2, MODE_SET_ACTION, MODE_SET_COMMIT}) {
+        Batch b(mode);
+        b.add_string("core-1");
+        EXPECT_EQ(handle_sysName(nullptr, nullptr, b.info(), b.head()), SNMP_ERR_NOERROR);
+        EXPECT_EQ(b.head()->status, 0);
+    }
+    EXPECT_EQ(sw_->hostname(), "core-1");
+    EXPECT_EQ(std::count(calls().begin(), calls().end(), "cfg_set_hostname(\"core-1\")"), 1);
+
+    sw_->fault_set("cfg_set_hostname", -3, 1);
+    sw_->journal_clear();
+    Batch b(MODE_SET_ACTION);
+    b.add_string("core-2");
+    EXPECT_EQ(handle_sysName(nullptr, nullptr, b.info(), b.head()), SNMP_ERR_NOERROR);
+    EXPECT_EQ(b.head()->status, SNMP_ERR_GENERR);
+    EXPECT_EQ(sw_->hostname(), "core-1");
+    EXPECT_EQ(calls(), (std::vector<std::string>{"lock_write(2)", "cfg_set_hostname(\"core-2\")", "lock_free(2)"}));
+}
+
+TEST_F(Handlers, ScalarUnknownModeIsLoggedAndRefused) {
+    Batch b(99);
+    b.add_string("x");
+    EXPECT_EQ(handle_sysName(nullptr, nullptr, b.info(), b.head()), SNMP_ERR_GENERR);
+    EXPECT_NE(log_.find("unknown mode (99) in handle_sysName"), std::string::npos) << log_;
+    EXPECT_TRUE(calls().empty());
+}
+
+int32_t g_written = -1;
+int32_t test_get() { return 0; }
+int test_set(int32_t v) {
+    g_written = v;
+    return 0;
+}
+
+TEST_F(Handlers, ScalarRangeIsCheckedInReserve1) {
+    ScalarDesc s{"dot1dStpBridgeMaxAge", true, Type::INTEGER, Range{true, 600, 4000}, ScalarHandler::COMMON, true,
+                 Oid{1, 3, 6, 1, 2, 1, 17, 2, 12}, &get_thunk<NoKeys, Type::INTEGER, &test_get>,
+                 &set_thunk<NoKeys, Type::INTEGER, &test_set>};
+    Batch b(MODE_SET_RESERVE1);
+    b.add_int(599);
+    b.add_int(600);
+    b.add_int(4001);
+    b.add_int(-1);
+    EXPECT_EQ(scalar_handler(s, b.info(), b.head()), SNMP_ERR_NOERROR);
+    EXPECT_EQ(b.at(0)->status, SNMP_ERR_WRONGVALUE);
+    EXPECT_EQ(b.at(1)->status, 0);
+    EXPECT_EQ(b.at(2)->status, SNMP_ERR_WRONGVALUE);
+    EXPECT_EQ(b.at(3)->status, SNMP_ERR_WRONGVALUE);
+    EXPECT_EQ(g_written, -1);
+}
+
+class Tables : public Handlers {
+protected:
+    static void SetUpTestSuite() {
+        Handlers::SetUpTestSuite();
+        for (const char *t : {"portTable", "dot1dBasePortTable"}) find_runtime(t)->init();
+    }
+    static TableRuntime &table(const char *name) { return *find_runtime(name); }
+    static void *row(const char *name, int32_t index) {
+        RowKey key{uint32_t(index)};
+        return table(name).find(key);
+    }
+};
+
+TEST_F(Tables, PopulationListsPresentPortsAndTrunks) {
+    std::set<int32_t> expected;
+    for (int u = 0; u < 8; ++u) {
+        const swsim::UnitInfo unit = sw_->unit(u);
+        if (unit.present)
+            for (int p = 0; p < unit.ports; ++p) expected.insert(u * 64 + p + 1);
+    }
+    for (int t = 0; t < 128; ++t)
+        if (sw_->trunk(t).configured && !sw_->trunk(t).members.empty()) expected.insert(513 + t);
+    ASSERT_FALSE(expected.empty());
+    Batch b(MODE_SET_RESERVE2);  // any batch refreshes the rows first
+    b.add_table(2, 1, 0, nullptr);
+    table("portTable").handle(b.info(), b.head());
+    EXPECT_EQ(table("portTable").row_count(), expected.size());
+    for (int32_t i : expected) EXPECT_NE(row("portTable", i), nullptr) << i;
+}
+
+TEST_F(Tables, ReadOnlyColumnStopsTheCheckOfTheBatch) {
+    Batch b(MODE_SET_RESERVE1);
+    b.add_table(3, 1, 1, row("portTable", 1));   // portType: read-only
+    b.add_table(4, 1, 9, row("portTable", 1));   // portSpeedDpxCfg 9: out of range, unchecked
+    table("portTable").handle(b.info(), b.head());
+    EXPECT_EQ(b.at(0)->status, SNMP_ERR_NOTWRITABLE);
+    EXPECT_EQ(b.at(1)->status, 0);
+
+    Batch c(MODE_SET_RESERVE1);
+    c.add_table(4, 1, 9, row("portTable", 1));
+    c.add_table(7, 1, 0, row("portTable", 1));   // portAutonegotiation 0
+    c.add_table(4, 1, 8, row("portTable", 1));
+    table("portTable").handle(c.info(), c.head());
+    EXPECT_EQ(c.at(0)->status, SNMP_ERR_WRONGVALUE);
+    EXPECT_EQ(c.at(1)->status, SNMP_ERR_WRONGVALUE);
+    EXPECT_EQ(c.at(2)->status, 0);
+
+    Batch d(MODE_SET_RESERVE1);  // a read-only table refuses at the first request
+    d.add_table(1, 1, 1, row("dot1dBasePortTable", 1));
+    d.add_table(2, 1, 1, row("dot1dBasePortTable", 1));
+    table("dot1dBasePortTable").handle(d.info(), d.head());
+    EXPECT_EQ(d.at(0)->status, SNMP_ERR_NOTWRITABLE);
+    EXPECT_EQ(d.at(1)->status, 0);
+}
+
+TEST_F(Tables, ActionWritesThroughTheSetterEvenWithoutARow) {
+    // Unit 2 port 3 written through an index the table has not listed.
+    const int32_t index = 64 + 3;
+    Batch b(MODE_SET_ACTION);
+    b.add_table(4, index, 5, nullptr);
+    table("portTable").handle(b.info(), b.head());
+    EXPECT_EQ(b.at(0)->status, 0);
+    const auto c = calls();
+    EXPECT_NE(std::find(c.begin(), c.end(), "cfg_set_port_speed(1,2,100)"), c.end());
+
+    sw_->fault_set("cfg_set_port_speed", -1, -1);
+    sw_->journal_clear();
+    Batch f(MODE_SET_ACTION);
+    f.add_table(4, 1, 5, row("portTable", 1));
+    table("portTable").handle(f.info(), f.head());
+    EXPECT_EQ(f.at(0)->status, SNMP_ERR_GENERR);
+    const auto after = calls();
+    ASSERT_FALSE(after.empty());
+    EXPECT_EQ(after.back(), "lock_free(2)");
+    const auto taken = std::count(after.begin(), after.end(), "lock_read(2)") +
+                       std::count(after.begin(), after.end(), "lock_write(2)");
+    EXPECT_EQ(taken, std::count(after.begin(), after.end(), "lock_free(2)"));
+}
+
+TEST_F(Tables, RowsOfAVanishedUnitGoWhenRead) {
+    Batch refresh(MODE_SET_RESERVE2);
+    refresh.add_table(1, 1, 0, nullptr);
+    table("dot1dBasePortTable").handle(refresh.info(), refresh.head());
+    ASSERT_NE(row("dot1dBasePortTable", 65), nullptr);
+    ASSERT_NE(row("dot1dBasePortTable", 66), nullptr);
+
+    sw_->set_unit_present(1, false);
+    Batch b(MODE_GET);
+    b.add_table(2, 65, 0, row("dot1dBasePortTable", 65));
+    b.add_table(2, 1, 0, row("dot1dBasePortTable", 1));
+    table("dot1dBasePortTable").handle(b.info(), b.head());
+    EXPECT_EQ(b.at(0)->requestvb->type, ASN_INTEGER) << "no value is set for a vanished row";
+    EXPECT_EQ(*b.at(0)->requestvb->val.integer, 0);
+    EXPECT_EQ(row("dot1dBasePortTable", 65), nullptr);
+    EXPECT_NE(row("dot1dBasePortTable", 66), nullptr) << "rows not read stay until read";
+    EXPECT_EQ(*b.at(1)->requestvb->val.integer, 1);
+
+    sw_->set_unit_present(1, true);
+    table("dot1dBasePortTable").handle(refresh.info(), refresh.head());
+    EXPECT_NE(row("dot1dBasePortTable", 65), nullptr);
+}
+
+TEST_F(Tables, RemovingAnUnknownRowIsHarmless) {
+    const size_t before = table("dot1dBasePortTable").row_count();
+    dot1dBasePortTable_removeEntry(4000);
+    EXPECT_EQ(table("dot1dBasePortTable").row_count(), before);
+}
+
+}  // namespace
