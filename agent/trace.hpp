@@ -9,15 +9,16 @@
 #include <net-snmp/net-snmp-includes.h>
 #include <net-snmp/agent/net-snmp-agent-includes.h>
 
-// Message under `token`, preceded by the position line naming `file`.
-#define SA_TRACE_IN(file, token, ...)                                           \
+// Message under `token`, preceded by the position line of function `fn` in
+// source `file`.  Generic handlers name the object's own handler as `fn`.
+#define SA_TRACE_AT(fn, file, token, ...)                                       \
     do {                                                                        \
         if (snmp_get_do_debugging()) {                                          \
-            DEBUGMSGTL(("trace", "%s(): %s, %d:\n", __func__, file, __LINE__)); \
+            DEBUGMSGTL(("trace", "%s(): %s, %d:\n", fn, file, __LINE__));       \
             DEBUGMSGTL((token, __VA_ARGS__));                                   \
         }                                                                       \
     } while (0)
-#define SA_TRACE(token, ...) SA_TRACE_IN(__FILE_NAME__, token, __VA_ARGS__)
+#define SA_TRACE(token, ...) SA_TRACE_AT(__func__, __FILE_NAME__, token, __VA_ARGS__)
 
 // Message under `token` alone.
 #define SA_DEBUG(token, ...)                          \

@@ -20,14 +20,14 @@ namespace {
 constexpr const char *kToken = "scalars";
 
 // The scalar handler shape shared by every COMMON scalar.
-int common_scalar_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqinfo,
+int common_scalar_handler(const ScalarDesc &s, const char *fn, netsnmp_agent_request_info *reqinfo,
                           netsnmp_request_info *requests) {
     for (netsnmp_request_info *r = requests; r; r = r->next) {
         switch (reqinfo->mode) {
         case MODE_GET: {
             config_read_lock();
             const Value v = s.get(KeyView{});
-            SA_TRACE_IN("scalars", kToken, "get de %s\n", s.name);
+            SA_TRACE_AT(fn, "scalars", kToken, "get de %s\n", s.name);
             // The answer goes into the first varbind of the list handed over.
             store_value(requests->requestvb, v);
             config_unlock();
@@ -52,7 +52,7 @@ int common_scalar_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqin
             break;
         }
         default:
-            snmp_log(LOG_ERR, "unknown mode (%d) in handle_%s\n", reqinfo->mode, s.name);
+            snmp_log(LOG_ERR, "unknown mode (%d) in %s\n", reqinfo->mode, fn);
             return SNMP_ERR_GENERR;
         }
     }
@@ -60,11 +60,11 @@ int common_scalar_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqin
 }
 
 // swChassisModel: GET only, and without the lock.
-int chassis_model_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqinfo,
+int chassis_model_handler(const ScalarDesc &s, const char *fn, netsnmp_agent_request_info *reqinfo,
                           netsnmp_request_info *requests) {
     for (netsnmp_request_info *r = requests; r; r = r->next) {
         if (reqinfo->mode != MODE_GET) {
-            snmp_log(LOG_ERR, "unknown mode (%d) in handle_%s\n", reqinfo->mode, s.name);
+            snmp_log(LOG_ERR, "unknown mode (%d) in %s\n", reqinfo->mode, fn);
             return SNMP_ERR_GENERR;
         }
         store_value(r->requestvb, s.get(KeyView{}));
@@ -74,10 +74,11 @@ int chassis_model_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqin
 
 }  // namespace
 
-int scalar_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+int scalar_handler(const ScalarDesc &s, const char *fn, netsnmp_agent_request_info *reqinfo,
+                   netsnmp_request_info *requests) {
     switch (s.handler) {
-    case ScalarHandler::COMMON: return common_scalar_handler(s, reqinfo, requests);
-    case ScalarHandler::CHASSIS: return chassis_model_handler(s, reqinfo, requests);
+    case ScalarHandler::COMMON: return common_scalar_handler(s, fn, reqinfo, requests);
+    case ScalarHandler::CHASSIS: return chassis_model_handler(s, fn, reqinfo, requests);
     case ScalarHandler::OSPF:
     case ScalarHandler::RIP: break;
     }
@@ -92,7 +93,7 @@ int scalar_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqinfo, net
     extern "C" int handle_##name(netsnmp_mib_handler *, netsnmp_handler_registration *,          \
                                  netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) { \
         static const snmpapi::ScalarDesc *desc = snmpapi::find_scalar(#name);                     \
-        return snmpapi::scalar_handler(*desc, reqinfo, requests);                                 \
+        return snmpapi::scalar_handler(*desc, __func__, reqinfo, requests);                                 \
     }
 #define SA_HANDLER_LATER(name)
 #define SCALAR(name, access, type, range, handler, state, ...) SA_HANDLER_##state(name)
@@ -115,7 +116,7 @@ constexpr struct {
 }  // namespace
 
 extern "C" void init_scalars(void) {
-    SA_TRACE_IN("scalars", "scalars", "Initializing\n");
+    SA_TRACE_AT(__func__, "scalars", "scalars", "Initializing\n");
     for (const auto &entry : kServedScalars) {
         const snmpapi::ScalarDesc *s = snmpapi::find_scalar(entry.name);
         std::vector<oid> name(s->oid.subids, s->oid.subids + s->oid.len);

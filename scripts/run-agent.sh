@@ -32,7 +32,7 @@ rundir=$build/run
 mkdir -p "$rundir"
 export SWSIM_STATE=${SWSIM_STATE:-$rundir/switch.state}
 if [ "$fresh" = 1 ] || [ ! -f "$SWSIM_STATE" ]; then
-  "$build/sim/swctl" --state "$SWSIM_STATE" create "$scenario" --force
+  "$build/swctl" --state "$SWSIM_STATE" create "$scenario" --force
 fi
 
 "$top/scripts/make-snmpd-conf.sh" "$build/libsnmpdAPI.so" "$port" > "$rundir/snmpd.conf"
@@ -42,7 +42,7 @@ Agent on udp:127.0.0.1:$port, switch state $SWSIM_STATE
   read:   snmpwalk -v2c -c public -On -m '' 127.0.0.1:$port 1.3.6.1.2.1.1
   names:  snmpwalk -v2c -c public -M +$top/mib -m +SWITCH-MIB 127.0.0.1:$port 1.3.6.1.4.1.99999
   write:  snmpset -v2c -c private -m '' 127.0.0.1:$port 1.3.6.1.2.1.1.5.0 s core-sw-1
-  switch: $build/sim/swctl --state $SWSIM_STATE --help
+  switch: $build/swctl --state $SWSIM_STATE --help
 Stop with Ctrl-C.
 TXT
 export MIBS=

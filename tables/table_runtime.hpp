@@ -5,6 +5,7 @@
 #pragma once
 
 #include <map>
+#include <string>
 #include <vector>
 
 #include "agent/trace.hpp"
@@ -23,7 +24,8 @@ public:
     using Refresh = void (*)();
 
     // `refresh` runs the table's population with its createEntry function.
-    TableRuntime(const char *name, Refresh refresh) : name_(name), refresh_(refresh) {}
+    TableRuntime(const char *name, Refresh refresh)
+        : name_(name), handler_name_(std::string(name) + "_handler"), refresh_(refresh) {}
     TableRuntime(const TableRuntime &) = delete;
     TableRuntime &operator=(const TableRuntime &) = delete;
 
@@ -64,6 +66,7 @@ private:
     bool key_from_indexes(const netsnmp_variable_list *indexes, RowKey &key) const;
 
     const char *name_;
+    std::string handler_name_;  // "<table>_handler", for trace lines
     Refresh refresh_;
     const TableDesc *desc_ = nullptr;
     std::vector<const ColumnDesc *> columns_;  // by column number

@@ -145,7 +145,7 @@ bool TableRuntime::key_from_indexes(const netsnmp_variable_list *var, RowKey &ke
 int TableRuntime::handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
     bind();
     if (!desc_) return SNMP_ERR_NOERROR;
-    SA_TRACE(name_, "%s handler, mode %d\n", name_, reqinfo->mode);
+    SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "%s handler, mode %d\n", name_, reqinfo->mode);
 
     config_read_lock();
     refresh_();
@@ -166,25 +166,25 @@ void TableRuntime::handle_get(netsnmp_request_info *requests) {
         auto *entry = static_cast<RowEntry *>(netsnmp_extract_table_row_data(r));
         netsnmp_table_request_info *info = netsnmp_extract_table_info(r);
         if (!info) {
-            SA_TRACE(name_, "table_info not found.\n");
+            SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "table_info not found.\n");
             continue;
         }
         if (!entry) {
-            SA_TRACE(name_, "Index not found.\n");
+            SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Index not found.\n");
             continue;
         }
         key = entry->key;  // the row check may remove the row and its entry
         if (!desc_->exists(key)) {
-            SA_TRACE(name_, "Index not found.\n");
+            SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Index not found.\n");
             continue;
         }
-        SA_TRACE(name_, "Get for row %d\n", info->colnum);
+        SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Get for row %d\n", info->colnum);
         config_read_lock();
         if (const ColumnDesc *col = column(info->colnum)) {
-            SA_TRACE(name_, "Get for %s, row %d\n", col->name, info->colnum);
+            SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Get for %s, row %d\n", col->name, info->colnum);
             store_value(r->requestvb, col->get(key));
         } else {
-            SA_TRACE(name_, "Column %d not found\n", info->colnum);
+            SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Column %d not found\n", info->colnum);
         }
         config_unlock();
     }
@@ -193,14 +193,14 @@ void TableRuntime::handle_get(netsnmp_request_info *requests) {
 void TableRuntime::handle_reserve1(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
     if (!desc_->writable) {
         netsnmp_table_request_info *info = netsnmp_extract_table_info(requests);
-        SA_TRACE(name_, "Set reserve 1 for row %d\n", info ? int(info->colnum) : 0);
+        SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Set reserve 1 for row %d\n", info ? int(info->colnum) : 0);
         netsnmp_set_request_error(reqinfo, requests, SNMP_ERR_NOTWRITABLE);
         return;
     }
     for (netsnmp_request_info *r = requests; r; r = r->next) {
         netsnmp_table_request_info *info = netsnmp_extract_table_info(r);
         const unsigned colnum = info ? info->colnum : 0;
-        SA_TRACE(name_, "Set reserve 1 for row %d\n", colnum);
+        SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Set reserve 1 for row %d\n", colnum);
         const ColumnDesc *col = column(colnum);
         if (!col || !col->set) {
             // A read-only column ends the check of the whole batch.
@@ -224,7 +224,7 @@ void TableRuntime::handle_action(netsnmp_agent_request_info *reqinfo, netsnmp_re
             key = entry->key;
         else if (!key_from_indexes(info->indexes, key))
             continue;
-        SA_TRACE(name_, "Set action for row %d\n", info->colnum);
+        SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Set action for row %d\n", info->colnum);
         const ColumnDesc *col = column(info->colnum);
         config_write_lock();
         if (col && col->set && col->set(key, received_value(r->requestvb)) < 0)

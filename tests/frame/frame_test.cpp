@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <random>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -24,7 +25,8 @@ extern "C" int handle_sysName(netsnmp_mib_handler *, netsnmp_handler_registratio
 extern "C" void dot1dBasePortTable_removeEntry(int32_t);
 
 namespace snmpapi {
-int scalar_handler(const ScalarDesc &s, netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
+int scalar_handler(const ScalarDesc &s, const char *fn, netsnmp_agent_request_info *reqinfo,
+                   netsnmp_request_info *requests);
 }
 
 namespace {
@@ -295,6 +297,28 @@ TEST_F(Handlers, ScalarUnknownModeIsLoggedAndRefused) {
     EXPECT_TRUE(calls().empty());
 }
 
+// Trace lines appear only while the agent's debugging is on, as a position
+// line under "trace" followed by the message, and cost no platform call.
+TEST_F(Handlers, TracesOnlyWhileDebugging) {
+    auto get_name = [&] {
+        sw_->journal_clear();
+        Batch b(MODE_GET);
+        b.add(ASN_NULL, nullptr, 0);
+        handle_sysName(nullptr, nullptr, b.info(), b.head());
+        return calls();
+    };
+    const auto quiet = get_name();
+    EXPECT_EQ(log_.find("get de"), std::string::npos);
+
+    snmp_set_do_debugging(1);
+    debug_register_tokens("scalars,trace");
+    const auto traced = get_name();
+    snmp_set_do_debugging(0);
+    EXPECT_EQ(quiet, traced);
+    const std::regex shape("trace: handle_sysName\\(\\): scalars, [0-9]+:\nscalars: get de sysName\n");
+    EXPECT_TRUE(std::regex_search(log_, shape)) << log_;
+}
+
 int32_t g_written = -1;
 int32_t test_get() { return 0; }
 int test_set(int32_t v) {
@@ -311,7 +335,7 @@ TEST_F(Handlers, ScalarRangeIsCheckedInReserve1) {
     b.add_int(600);
     b.add_int(4001);
     b.add_int(-1);
-    EXPECT_EQ(scalar_handler(s, b.info(), b.head()), SNMP_ERR_NOERROR);
+    EXPECT_EQ(scalar_handler(s, "handle_dot1dStpBridgeMaxAge", b.info(), b.head()), SNMP_ERR_NOERROR);
     EXPECT_EQ(b.at(0)->status, SNMP_ERR_WRONGVALUE);
     EXPECT_EQ(b.at(1)->status, 0);
     EXPECT_EQ(b.at(2)->status, SNMP_ERR_WRONGVALUE);

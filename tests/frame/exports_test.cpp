@@ -1,0 +1,63 @@
+// libsnmpdAPI exports every function of its conventions, with C linkage and
+// its exact name: the catalogues say which.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> expected_exports() {
+    std::vector<std::string> names = {
+        "init_libsnmpdAPI", "init_scalars",   "ifindex_is_trunk", "ifindex_is_vlan",
+        "ifindex_to_unit0", "ifindex_to_port0", "ifindex_to_trunk0", "port_to_ifindex",
+        "trunk_to_ifindex", "get_ifName",     "get_ifDescr",
+    };
+#define SA_X_RW(name) names.push_back("set_" #name);
+#define SA_X_RO(name)
+#define SA_X_COMMON_ON(name, access) \
+    names.push_back("handle_" #name); \
+    names.push_back("get_" #name);    \
+    SA_X_##access(name)
+#define SA_X_CHASSIS_ON(name, access) \
+    names.push_back("handle_" #name); \
+    names.push_back("get_" #name);
+#define SA_X_COMMON_LATER(name, access)
+#define SA_X_CHASSIS_LATER(name, access)
+#define SA_X_OSPF_LATER(name, access)
+#define SA_X_RIP_LATER(name, access)
+#define SCALAR(name, access, type, range, handler, state, ...) SA_X_##handler##_##state(name, access)
+#include "scalars/catalogue.def"
+#undef SCALAR
+
+#define SA_X_BUILT(name)                             \
+    names.push_back("init_" #name);                  \
+    names.push_back(#name "_createEntry");           \
+    names.push_back(#name "_removeEntry");           \
+    names.push_back("init_index_" #name);            \
+    names.push_back("exists_entry_" #name);
+#define SA_X_LATER(name)
+#define TABLE(name, access, reg, state, ...) SA_X_##state(name)
+#include "tables/catalogue.def"
+#undef TABLE
+
+#define COLUMN(table, number, name, type, access, range) \
+    names.push_back("get_" #name);                       \
+    SA_X_##access(name)
+#include "tables/columns.def"
+#undef COLUMN
+    return names;
+}
+
+TEST(Exports, EveryConventionalFunctionIsExported) {
+    void *module = dlopen(MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << dlerror();
+    const auto names = expected_exports();
+    EXPECT_GT(names.size(), 150u);
+    for (const std::string &name : names) EXPECT_NE(dlsym(module, name.c_str()), nullptr) << name;
+    dlclose(module);
+}
+
+}  // namespace
