@@ -14,8 +14,8 @@
 #define SA_TRACE_AT(fn, file, token, ...)                                       \
     do {                                                                        \
         if (snmp_get_do_debugging()) {                                          \
-            DEBUGMSGTL(("trace", "%s(): %s, %d:\n", fn, file, __LINE__));       \
-            DEBUGMSGTL((token, __VA_ARGS__));                                   \
+            DEBUGMSGT(("trace", "%s(): %s, %d:\n", fn, file, __LINE__));       \
+            DEBUGMSGT((token, __VA_ARGS__));                                    \
         }                                                                       \
     } while (0)
 #define SA_TRACE(token, ...) SA_TRACE_AT(__func__, __FILE_NAME__, token, __VA_ARGS__)
@@ -24,6 +24,6 @@
 #define SA_DEBUG(token, ...)                          \
     do {                                              \
         if (snmp_get_do_debugging()) {                \
-            DEBUGMSGTL((token, __VA_ARGS__));         \
+            DEBUGMSGT((token, __VA_ARGS__));          \
         }                                             \
     } while (0)

@@ -85,11 +85,21 @@ TEST(Catalogue, BuiltTablesMatchTheirColumns) {
     }
 }
 
-TEST(Catalogue, OidsLieUnderTheirTrees) {
-    const std::vector<uint32_t> priv = {1, 3, 6, 1, 4, 1, 99999};
+// Registrations never overlap: no two objects share an OID and no scalar lies
+// inside a table.
+TEST(Catalogue, RegistrationsDoNotOverlap) {
+    std::vector<std::pair<std::vector<uint32_t>, std::string>> tables;
+    for (const TableDesc &t : all_tables())
+        tables.emplace_back(std::vector<uint32_t>(t.oid.subids, t.oid.subids + t.oid.len), t.name);
+    std::set<std::vector<uint32_t>> seen;
+    for (const auto &[o, name] : tables) EXPECT_TRUE(seen.insert(o).second) << name;
     for (const ScalarDesc &s : all_scalars()) {
-        ASSERT_GE(s.oid.len, 6u) << s.name;
-        if (s.oid.subids[4] == 4) EXPECT_TRUE(std::equal(priv.begin(), priv.end(), s.oid.subids)) << s.name;
+        const std::vector<uint32_t> o(s.oid.subids, s.oid.subids + s.oid.len);
+        EXPECT_TRUE(seen.insert(o).second) << s.name;
+        for (const auto &[t, name] : tables) {
+            const bool inside = o.size() > t.size() && std::equal(t.begin(), t.end(), o.begin());
+            EXPECT_FALSE(inside) << s.name << " inside " << name;
+        }
     }
 }
 
@@ -218,12 +228,16 @@ protected:
         state_ = (dir_ / "switch.state").string();
         swsim::create_state(state_, std::string(SOURCE_DIR) + "/scenarios/default.json");
         setenv("SWSIM_STATE", state_.c_str(), 1);
-        cfg_init();
-        netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
-        init_agent("frame_tests");
-        init_snmp("frame_tests");
-        snmp_enable_calllog();
-        snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &capture_log, nullptr);
+        ASSERT_GE(swsim::platform_reopen(), 0);
+        static bool agent_started = false;
+        if (!agent_started) {
+            agent_started = true;
+            netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 1);
+            init_agent("frame_tests");
+            init_snmp("frame_tests");
+            snmp_enable_calllog();
+            snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &capture_log, nullptr);
+        }
     }
     static void TearDownTestSuite() { fs::remove_all(dir_); }
 
@@ -277,7 +291,8 @@ TEST_F(Handlers, ScalarSetWritesOnceInActionAndFreesTheLockOnFailure) {
         EXPECT_EQ(b.head()->status, 0);
     }
     EXPECT_EQ(sw_->hostname(), "core-1");
-    EXPECT_EQ(std::count(calls().begin(), calls().end(), "cfg_set_hostname(\"core-1\")"), 1);
+    const auto written = calls();
+    EXPECT_EQ(std::count(written.begin(), written.end(), "cfg_set_hostname(\"core-1\")"), 1);
 
     sw_->fault_set("cfg_set_hostname", -3, 1);
     sw_->journal_clear();
