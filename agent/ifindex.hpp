@@ -1,0 +1,54 @@
+// The interface index: one signed 32-bit index space shared by ifIndex,
+// dot1dBasePort and the port index of the private port tables.
+//
+//   1 .. 512      port0 of unit0, (unit0 * 64) + port0 + 1 (a block of 64 per unit)
+//   513 .. 640    trunk, 513 + trunk0
+//   1001 .. 5094  VLAN interface, 1000 + vid
+//
+// The platform counts units, ports and trunks from zero; a trunk handed to a
+// port-addressed platform call is unit0 0, port0 512 + trunk0 (= ifIndex - 1).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+extern "C" {
+int ifindex_is_trunk(int32_t ifindex);  // 513 .. 640
+int ifindex_is_vlan(int32_t ifindex);   // 1001 .. 5094
+int32_t ifindex_to_unit0(int32_t ifindex);
+int32_t ifindex_to_port0(int32_t ifindex);
+int32_t ifindex_to_trunk0(int32_t ifindex);
+int32_t port_to_ifindex(int32_t unit0, int32_t port0);
+int32_t trunk_to_ifindex(int32_t trunk0);
+
+// Interface name and description; the text lives in a buffer owned by the
+// function and is overwritten by its next call.
+const uint8_t *get_ifName(int32_t ifindex, size_t *len);
+const uint8_t *get_ifDescr(int32_t ifindex, size_t *len);
+}
+
+// Adds a row through `create` for every port of every present unit (units and
+// ports ascending), then, when with_trunks is set, for every configured
+// non-empty trunk.  Returns 0.
+int ifindex_populate(void *(*create)(int32_t), bool with_trunks);
+
+// The row check of the interface-indexed tables: 1 while the port's unit is
+// present, the trunk is configured and non-empty, or the index is a VLAN
+// interface.  A vanished port or trunk row is removed through `remove` before
+// 0 is answered; an index whose unit is out of range answers 0 and is left.
+int ifindex_row_exists(int32_t ifindex, void (*remove)(int32_t));
+
+// Whether unit0 (0 .. 7) is in the stack now.
+bool ifindex_unit_present(int unit0);
+
+// ---- Small helpers shared by the accessors ----------------------------------
+
+// A SET's octet string as the zero-terminated text the platform takes.
+inline std::string received_text(const uint8_t *bytes, size_t len) {
+    return bytes != nullptr ? std::string(reinterpret_cast<const char *>(bytes), len) : std::string();
+}
+
+// The low 32 bits of 64-bit platform statistic `stat` of a port or trunk (the
+// buffer is cleared first: a failing read answers 0).
+uint32_t port_stat_low32(int unit0, int port0, int stat);

@@ -1,0 +1,55 @@
+#include "row_store.hpp"
+
+#include <cstdio>
+
+#include "tables/catalogue.hpp"
+
+namespace unit {
+
+RowLog &rows() {
+    static RowLog log;
+    return log;
+}
+
+std::string mac_text(const uint8_t *mac, size_t len) {
+    std::string s;
+    char octet[4];
+    for (size_t i = 0; i < len; ++i) {
+        std::snprintf(octet, sizeof octet, i ? ":%02x" : "%02x", mac[i]);
+        s += octet;
+    }
+    return s;
+}
+
+void *add_int_row(int32_t index) {
+    rows().ints.push_back(index);
+    return &rows();
+}
+void *add_gauge_row(uint32_t index) {
+    rows().ints.push_back(static_cast<int32_t>(index));
+    return &rows();
+}
+void *add_mac_row(const uint8_t *mac, size_t len) {
+    rows().keys.push_back(mac_text(mac, len));
+    return &rows();
+}
+void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len) {
+    rows().keys.push_back(std::to_string(fid) + "/" + mac_text(mac, len));
+    return &rows();
+}
+
+}  // namespace unit
+
+using unit::rows;
+
+extern "C" {
+void portTable_removeEntry(int32_t i) { rows().removed.push_back("portTable " + std::to_string(i)); }
+void dot1dBasePortTable_removeEntry(int32_t i) { rows().removed.push_back("dot1dBasePortTable " + std::to_string(i)); }
+void dot1dTpPortTable_removeEntry(int32_t i) { rows().removed.push_back("dot1dTpPortTable " + std::to_string(i)); }
+void dot1dTpFdbTable_removeEntry(const uint8_t *mac, size_t len) {
+    rows().removed.push_back("dot1dTpFdbTable " + unit::mac_text(mac, len));
+}
+void dot1qTpFdbTable_removeEntry(uint32_t fid, const uint8_t *mac, size_t len) {
+    rows().removed.push_back("dot1qTpFdbTable " + std::to_string(fid) + "/" + unit::mac_text(mac, len));
+}
+}

@@ -1,0 +1,28 @@
+// Stand-ins for the row store of the net-snmp edge: population callbacks that
+// record the indexes they are given, and <table>_removeEntry functions that
+// record the rows removed.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace unit {
+
+struct RowLog {
+    std::vector<int32_t> ints;       // integer-indexed rows added
+    std::vector<std::string> keys;   // MAC or "fid/MAC" rows added
+    std::vector<std::string> removed;  // "<table> <index>"
+    void clear() { *this = RowLog{}; }
+};
+RowLog &rows();
+
+std::string mac_text(const uint8_t *mac, size_t len);
+
+void *add_int_row(int32_t index);
+void *add_gauge_row(uint32_t index);
+void *add_mac_row(const uint8_t *mac, size_t len);
+void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len);
+
+}  // namespace unit
