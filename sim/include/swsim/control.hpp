@@ -1,0 +1,246 @@
+// Control interface of the simulated switch.
+//
+// libswsim.so implements the platform calls of swplatform/platform.h over a
+// modelled switch stack whose whole state lives in one shared file.  This
+// header is the other side of it: creating a state file from a scenario and
+// driving a live switch the way the hardware and an operator would (links
+// going up and down, transceivers pulled, trunks and VLANs changed, traffic)
+// plus fault injection and the call journal.  swctl and the tests use it.
+//
+// Numbering here is the platform's: unit0, port0, trunk0 from zero.  Humans
+// (swctl, scenario files) count units, ports and trunks from one.
+//
+// Every mutation takes the configuration write lock (lock 2 of
+// cfg_lock_table, shared with the agent across processes) for its duration,
+// so a thread must not call one while it holds that lock through the
+// platform calls.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "swplatform/platform.h"
+
+namespace swsim {
+
+// Where the state lives unless SWSIM_STATE says otherwise.
+inline constexpr const char *kDefaultStatePath = "/var/lib/swsim/switch.state";
+// SWSIM_STATE if set and not empty, else kDefaultStatePath.
+std::string default_state_path();
+
+struct Error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// Builds a new state file from a scenario (JSON, see scenarios/README.md),
+// replacing any file at state_path.  The switch "boots" now.  Errors name the
+// file and the field: "scenarios/x.json: units[1].ports: must be 1..64".
+void create_state(const std::string &state_path, const std::string &scenario_path);
+void create_state_from_json(const std::string &state_path, const std::string &json_text,
+                            const std::string &origin = "<inline>");
+
+// Closes the platform state this process opened with cfg_init() and opens the
+// one SWSIM_STATE names now; the result is cfg_init()'s (on failure no switch
+// is open).  Pointers handed out earlier (get_status(), cfg_get_cfg()) stay
+// valid but see the old file.
+// Meant for test fixtures that run many switches in one process.
+int platform_reopen();
+
+// Capability bits of cfg_get_port_capabilities / cfg_set_port_capabilities.
+namespace cap {
+enum : uint32_t {
+    k10Half = SW_CAP_10_HALF,
+    k10Full = SW_CAP_10_FULL,
+    k100Half = SW_CAP_100_HALF,
+    k100Full = SW_CAP_100_FULL,
+    k1000Half = SW_CAP_1000_HALF,
+    k1000Full = SW_CAP_1000_FULL,
+    k10GFull = SW_CAP_10G_FULL,
+    kAutoneg = SW_CAP_AUTONEG,
+    kPause = SW_CAP_PAUSE,
+    kAsymPause = SW_CAP_ASYM_PAUSE,
+};
+}
+
+// Port type codes of cfg_get_port_type_vx7300.
+namespace port_type {
+enum : int { kCopper = SW_PORT_TYPE_1000T, kSfpPlus = SW_PORT_TYPE_10GX, kTrunk = SW_PORT_TYPE_TRUNK };
+}
+
+// Statistic numbers of bcmd_snmp_stat_get.  The high-capacity counters and
+// their 32-bit forms are the same counts; the non-unicast and frame counters
+// are sums of the multicast/broadcast/unicast ones.
+namespace stat {
+enum : int {
+    kInOctets = 0, kInUcast = 1, kInNUcast = 2, kInDiscards = 3, kInErrors = 4,
+    kInUnknownProtos = 5, kOutOctets = 6, kOutUcast = 7, kOutNUcast = 8,
+    kOutDiscards = 9, kOutErrors = 10, kOutQLen = 11,
+    kDelayExceededDiscards = 16, kMtuExceededDiscards = 17, kInFrames = 18,
+    kOutFrames = 19, kBridgeInDiscards = 20,
+    // dot3StatsTable order
+    kAlignmentErrors = 42, kFcsErrors = 43, kSingleCollisions = 44,
+    kMultipleCollisions = 45, kSqeTestErrors = 46, kDeferredTransmissions = 47,
+    kLateCollisions = 48, kExcessiveCollisions = 49, kInternalMacTxErrors = 50,
+    kCarrierSenseErrors = 51, kFrameTooLongs = 52, kInternalMacRxErrors = 53,
+    kSymbolErrors = 54, kInUnknownOpcodes = 55,
+    // ifXTable order
+    kHCInOctets = 58, kHCInUcast = 59, kHCInMulticast = 60, kHCInBroadcast = 61,
+    kHCOutOctets = 62, kHCOutUcast = 63, kHCOutMulticast = 64, kHCOutBroadcast = 65,
+};
+}
+
+struct JournalEntry {
+    uint64_t seq;
+    std::string call;
+    std::string args;
+};
+
+struct FaultInfo {
+    std::string call;
+    int result;
+    int remaining;  // -1: until cleared
+};
+
+// Transceiver diagnostics as the optics report them.
+struct Ddm {
+    double temperature_c = 35.0;
+    double voltage_v = 3.3;
+    double bias_ma = 6.0;
+    double tx_power_mw = 0.5;
+    double rx_power_mw = 0.4;
+};
+
+struct UnitInfo {
+    bool known = false;  // part of the stack (present or not)
+    bool present = false;
+    bool mpu = false;
+    int ports = 0;
+    std::string model, serial, version, build_date;
+};
+
+struct PortInfo {
+    bool link = false;       // as the status block shows it
+    int speed = 0;           // live speed, Mbit/s (0 while down)
+    bool full_duplex = false;
+    bool admin = false;
+    bool carrier = false;    // partner present on the wire
+    int config_speed = 0;    // 0: negotiated
+    int mtu = 0;
+    int type = 0;
+    int trunk0 = -1;
+    bool sfp_slot = false;
+    bool sfp_fitted = false;
+    uint64_t traffic_pps = 0;
+    std::string description;
+};
+
+struct TrunkInfo {
+    bool configured = false;
+    bool dynamic = false;
+    std::vector<std::pair<int, int>> members;  // (unit0, port0)
+};
+
+struct VlanInfo {
+    bool exists = false;
+    bool active = false;
+    bool dynamic = false;
+    std::string name;
+    // (unit0, port0, flags); trunks appear as unit0 0, port0 512 + trunk0
+    struct Member {
+        int unit0, port0;
+        uint32_t flags;
+    };
+    std::vector<Member> members;
+};
+
+struct FdbInfo {
+    uint8_t mac[6];
+    int vid;
+    int unit0;
+    int port0;
+    int trunk0;  // -1 when not learned on a trunk
+    bool is_static;
+};
+
+struct SystemInfo {
+    std::string hostname, contact, location, tz_name, fw_version;
+    int tz_offset_min = 0;
+    int mac_ageing = 0;
+    uint32_t uptime_s = 0;
+    int64_t clock_offset_s = 0;
+};
+
+// An open handle on a live state file.  It maps the file itself and needs no
+// cfg_init(); any number of handles and processes may share one file.  Each
+// handle is its own lock holder; a handle opened before fork() shares its
+// lock with the parent, so a child opens its own.
+class Switch {
+public:
+    explicit Switch(const std::string &state_path);  // throws Error
+    ~Switch();
+    Switch(const Switch &) = delete;
+    Switch &operator=(const Switch &) = delete;
+
+    const std::string &path() const;
+
+    // Hardware events.
+    void set_unit_present(int unit0, bool present);
+    void set_link(int unit0, int port0, bool up);
+    // What the link partner offers; a negotiating port follows it.
+    void set_link_speed(int unit0, int port0, int mbps, bool full_duplex);
+    void trunk_create(int trunk0, bool dynamic = false);
+    void trunk_destroy(int trunk0);
+    void trunk_add_port(int trunk0, int unit0, int port0);
+    void trunk_remove_port(int trunk0, int unit0, int port0);
+    void vlan_create(int vid, const std::string &name = "", bool dynamic = false);
+    void vlan_delete(int vid);
+    void vlan_set_member(int vid, int unit0, int port0, uint32_t flags);  // SW_VLAN_*, 0 removes
+    void fdb_add(const uint8_t mac[6], int vid, int unit0, int port0, int trunk0, bool is_static);
+    void fdb_clear();
+    void set_counter(int unit0, int port0, int stat, uint64_t value);
+    void set_traffic(int unit0, int port0, uint64_t packets_per_second);
+    void set_transceiver(int unit0, int port0, bool fitted, const Ddm &readings = Ddm{});
+
+    // Operator configuration.
+    void set_hostname(const std::string &name);
+    void set_port_description(int unit0, int port0, const std::string &text);
+    void set_port_admin(int unit0, int port0, bool enabled);
+    void set_port_speed(int unit0, int port0, int mbps);  // 0: negotiate
+    void set_clock_offset(int64_t seconds);
+
+    // Faults and journal.
+    void fault_set(const std::string &call, int result, int times);  // times -1: until cleared
+    void fault_clear(const std::string &call = "");                   // "": all
+    std::vector<FaultInfo> faults() const;
+    void journal_enable(bool on);
+    bool journal_enabled() const;
+    void journal_clear();
+    std::vector<JournalEntry> journal() const;
+
+    // Reads.
+    UnitInfo unit(int unit0) const;
+    PortInfo port(int unit0, int port0) const;
+    TrunkInfo trunk(int trunk0) const;
+    VlanInfo vlan(int vid) const;
+    std::vector<int> vlan_ids() const;  // existing VLANs
+    std::vector<FdbInfo> fdb() const;
+    SystemInfo system() const;
+    uint64_t counter(int unit0, int port0, int stat) const;  // ports and trunks
+    std::string hostname() const { return system().hostname; }
+
+    void save();  // flush the mapping to the file
+
+    struct Impl;
+
+private:
+    std::unique_ptr<Impl> impl_;
+};
+
+// The names of the platform calls that faults can be armed on.
+const std::vector<std::string> &faultable_calls();
+
+}  // namespace swsim

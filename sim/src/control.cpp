@@ -1,0 +1,232 @@
+// swsim::Switch: a control handle on a live state file.
+#include <cstdlib>
+#include <cstring>
+
+#include "hooks.hpp"
+#include "locks.hpp"
+#include "model.hpp"
+#include "util.hpp"
+
+namespace swsim {
+
+namespace {
+// The configuration lock of cfg_lock_table that changes from outside take.
+constexpr int kConfigLock = 2;
+}  // namespace
+
+std::string default_state_path() {
+    const char *env = std::getenv("SWSIM_STATE");
+    return env && *env ? env : kDefaultStatePath;
+}
+
+struct Switch::Impl {
+    std::unique_ptr<StateFile> file;
+    cfg_lock lock{};
+
+    View &v() { return file->view(); }
+    const View &v() const { return file->view(); }
+
+    // Runs a change under the configuration write lock.
+    template <class Change>
+    void change(Change body) {
+        locks::WriteGuard guard(lock, file->fd());
+        body(v());
+    }
+};
+
+Switch::Switch(const std::string &state_path) : impl_(std::make_unique<Impl>()) {
+    impl_->file = StateFile::open(state_path);
+    locks::init(impl_->lock, kConfigLock);
+}
+
+Switch::~Switch() = default;
+
+const std::string &Switch::path() const { return impl_->file->path(); }
+
+// ---- hardware events -----------------------------------------------------------------
+
+void Switch::set_unit_present(int unit0, bool present) {
+    impl_->change([&](View &v) { model::ops::set_unit_present(v, unit0, present); });
+}
+void Switch::set_link(int unit0, int port0, bool up) {
+    impl_->change([&](View &v) { model::ops::set_link(v, unit0, port0, up); });
+}
+void Switch::set_link_speed(int unit0, int port0, int mbps, bool full_duplex) {
+    impl_->change([&](View &v) { model::ops::set_link_speed(v, unit0, port0, mbps, full_duplex); });
+}
+void Switch::trunk_create(int trunk0, bool dynamic) {
+    impl_->change([&](View &v) { model::ops::trunk_create(v, trunk0, dynamic); });
+}
+void Switch::trunk_destroy(int trunk0) {
+    impl_->change([&](View &v) { model::ops::trunk_destroy(v, trunk0); });
+}
+void Switch::trunk_add_port(int trunk0, int unit0, int port0) {
+    impl_->change([&](View &v) { model::ops::trunk_add_port(v, trunk0, unit0, port0); });
+}
+void Switch::trunk_remove_port(int trunk0, int unit0, int port0) {
+    impl_->change([&](View &v) { model::ops::trunk_remove_port(v, trunk0, unit0, port0); });
+}
+void Switch::vlan_create(int vid, const std::string &name, bool dynamic) {
+    impl_->change([&](View &v) { model::ops::vlan_create(v, vid, name, dynamic); });
+}
+void Switch::vlan_delete(int vid) {
+    impl_->change([&](View &v) { model::ops::vlan_delete(v, vid); });
+}
+void Switch::vlan_set_member(int vid, int unit0, int port0, uint32_t flags) {
+    impl_->change([&](View &v) { model::ops::vlan_set_member(v, vid, unit0, port0, flags); });
+}
+void Switch::fdb_add(const uint8_t mac[6], int vid, int unit0, int port0, int trunk0, bool is_static) {
+    impl_->change([&](View &v) { model::ops::fdb_add(v, mac, vid, unit0, port0, trunk0, is_static); });
+}
+void Switch::fdb_clear() {
+    impl_->change([&](View &v) { model::ops::fdb_clear(v); });
+}
+void Switch::set_counter(int unit0, int port0, int stat, uint64_t value) {
+    impl_->change([&](View &v) { model::ops::set_counter(v, unit0, port0, stat, value); });
+}
+void Switch::set_traffic(int unit0, int port0, uint64_t packets_per_second) {
+    impl_->change([&](View &v) { model::ops::set_traffic(v, unit0, port0, packets_per_second); });
+}
+void Switch::set_transceiver(int unit0, int port0, bool fitted, const Ddm &readings) {
+    impl_->change([&](View &v) { model::ops::set_transceiver(v, unit0, port0, fitted, readings); });
+}
+
+// ---- operator configuration ------------------------------------------------------------
+
+void Switch::set_hostname(const std::string &name) {
+    impl_->change([&](View &v) { model::ops::set_text(v.cfg->hostname, sizeof v.cfg->hostname, name, "host name"); });
+}
+void Switch::set_port_description(int unit0, int port0, const std::string &text) {
+    impl_->change([&](View &v) { model::ops::set_port_description(v, unit0, port0, text); });
+}
+void Switch::set_port_admin(int unit0, int port0, bool enabled) {
+    impl_->change([&](View &v) { model::ops::set_port_admin(v, unit0, port0, enabled); });
+}
+void Switch::set_port_speed(int unit0, int port0, int mbps) {
+    impl_->change([&](View &v) { model::ops::set_port_speed(v, unit0, port0, mbps); });
+}
+void Switch::set_clock_offset(int64_t seconds) {
+    impl_->change([&](View &v) { __atomic_store_n(&v.rt->clock_offset_s, seconds, __ATOMIC_RELAXED); });
+}
+
+// ---- faults and journal ------------------------------------------------------------------
+
+void Switch::fault_set(const std::string &call, int result, int times) {
+    impl_->change([&](View &v) { hooks::fault_set(*v.rt, call, result, times); });
+}
+void Switch::fault_clear(const std::string &call) {
+    impl_->change([&](View &v) { hooks::fault_clear(*v.rt, call); });
+}
+std::vector<FaultInfo> Switch::faults() const { return hooks::fault_list(*impl_->v().rt); }
+void Switch::journal_enable(bool on) { hooks::journal_enable(*impl_->v().rt, on); }
+bool Switch::journal_enabled() const { return hooks::journal_enabled(*impl_->v().rt); }
+void Switch::journal_clear() { hooks::journal_clear(*impl_->v().rt); }
+std::vector<JournalEntry> Switch::journal() const { return hooks::journal_read(impl_->v()); }
+
+// ---- reads ----------------------------------------------------------------------------------
+
+UnitInfo Switch::unit(int unit0) const {
+    if (!model::unit_in_range(unit0)) throw Error("no unit " + std::to_string(unit0 + 1) + " (units are 1..8)");
+    const sw_unit_status_t &u = impl_->v().status->units[unit0];
+    return UnitInfo{u.status2 != 0,     u.present != 0,       u.is_mpu != 0,       int(u.user_ports),
+                    text_of(u.model), text_of(u.serial), text_of(u.version), text_of(u.build_date)};
+}
+
+PortInfo Switch::port(int unit0, int port0) const {
+    const View &v = impl_->v();
+    const int iface = model::ops::check_iface(v, unit0, port0);
+    const layout::IfaceConfig &c = v.cfg->ifaces[iface];
+    const sw_port_info_t live = model::port_info(v, iface);
+    PortInfo info;
+    info.link = live.link;
+    info.speed = int(live.speed);
+    info.full_duplex = live.duplex;
+    info.admin = c.admin;
+    info.config_speed = int(c.speed);
+    info.mtu = int(c.mtu);
+    info.type = int(c.type);
+    info.description = text_of(c.description);
+    if (!model::is_trunk_iface(iface)) {
+        const layout::PortHardware &hw = v.hw->ports[iface];
+        info.carrier = hw.carrier;
+        info.trunk0 = model::trunk_of_port(v, unit0, port0);
+        info.sfp_slot = hw.sfp_slot;
+        info.sfp_fitted = v.status->units[unit0].ports[port0].sfp_present;
+        info.traffic_pps = v.stats->ports[iface].traffic_pps;
+    }
+    return info;
+}
+
+TrunkInfo Switch::trunk(int trunk0) const {
+    model::ops::check_trunk_id(trunk0);
+    const View &v = impl_->v();
+    const layout::TrunkConfig &t = v.cfg->trunks[trunk0];
+    return TrunkInfo{t.configured != 0, t.dynamic != 0, model::trunk_members(v, trunk0)};
+}
+
+VlanInfo Switch::vlan(int vid) const {
+    model::ops::check_vid(vid);
+    const View &v = impl_->v();
+    const layout::VlanConfig &c = v.cfg->vlans[vid];
+    VlanInfo info{c.exists != 0, c.active != 0, c.dynamic != 0, text_of(c.name), {}};
+    for (int i = 0; i < layout::kIfaces; ++i) {
+        uint32_t flags = v.cfg->members[vid][i];
+        if (!flags) continue;
+        if (model::is_trunk_iface(i))
+            info.members.push_back({0, layout::kTrunkPortBase + i - layout::kPhysPorts, flags});
+        else
+            info.members.push_back({i / SW_PORTS_PER_UNIT, i % SW_PORTS_PER_UNIT, flags});
+    }
+    return info;
+}
+
+std::vector<int> Switch::vlan_ids() const {
+    std::vector<int> ids;
+    for (int vid = 1; vid <= SW_MAX_VLAN_ID; ++vid)
+        if (impl_->v().cfg->vlans[vid].exists) ids.push_back(vid);
+    return ids;
+}
+
+std::vector<FdbInfo> Switch::fdb() const {
+    const layout::Fdb &t = *impl_->v().fdb;
+    std::vector<FdbInfo> out;
+    for (uint32_t i = 0; i < std::min<uint32_t>(t.count, layout::kFdbCapacity); ++i) {
+        const layout::FdbEntry &e = t.entries[i];
+        FdbInfo f{};
+        std::memcpy(f.mac, e.mac, 6);
+        f.vid = e.vid;
+        f.unit0 = e.unit;
+        f.port0 = e.port;
+        f.trunk0 = (e.flags & swp::mac_entry::kFlagTrunk) ? e.trunk : -1;
+        f.is_static = e.flags & swp::mac_entry::kFlagStatic;
+        out.push_back(f);
+    }
+    return out;
+}
+
+SystemInfo Switch::system() const {
+    const View &v = impl_->v();
+    SystemInfo s;
+    s.hostname = text_of(v.cfg->hostname);
+    s.contact = text_of(v.cfg->contact);
+    s.location = text_of(v.cfg->location);
+    s.tz_name = text_of(v.cfg->tz_name);
+    s.fw_version = text_of(v.status->fw_version);
+    s.tz_offset_min = v.cfg->tz_offset_min;
+    s.mac_ageing = v.cfg->mac_ageing;
+    int64_t up = model::realtime_ns() - v.rt->boot_realtime_ns;
+    s.uptime_s = up > 0 ? uint32_t(up / 1'000'000'000) : 0;
+    s.clock_offset_s = v.rt->clock_offset_s;
+    return s;
+}
+
+uint64_t Switch::counter(int unit0, int port0, int stat) const {
+    const View &v = impl_->v();
+    const int iface = model::ops::check_iface(v, unit0, port0);
+    if (stat < 0 || stat >= SW_MAX_STATISTIC) throw Error("no statistic " + std::to_string(stat) + " (0..95)");
+    return model::counter(v, iface, stat);
+}
+
+void Switch::save() { impl_->file->sync(); }
+
+}  // namespace swsim

@@ -1,0 +1,129 @@
+#include "hooks.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+#include "util.hpp"
+
+namespace swsim::hooks {
+namespace {
+
+using layout::FaultSlot;
+
+bool same_call(const FaultSlot &slot, const char *call) {
+    return std::strncmp(slot.call, call, layout::kCallNameSize) == 0;
+}
+
+
+// Disarms one slot; whoever moves `remaining` to zero accounts for it in the
+// hot word, exactly once.
+void disarm(layout::Runtime &rt, FaultSlot &slot) {
+    int32_t rem = __atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE);
+    while (rem != 0) {
+        if (__atomic_compare_exchange_n(&slot.remaining, &rem, 0, false, __ATOMIC_ACQ_REL,
+                                        __ATOMIC_ACQUIRE)) {
+            __atomic_sub_fetch(&rt.hot, layout::kHotFaultUnit, __ATOMIC_RELEASE);
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+bool fault_hit(layout::Runtime &rt, const char *call, int *result) {
+    for (FaultSlot &slot : rt.faults) {
+        int32_t rem = __atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE);
+        if (rem == 0 || !same_call(slot, call)) continue;
+        int32_t value = slot.result;
+        while (rem != 0) {
+            if (rem < 0) {
+                *result = value;
+                return true;
+            }
+            if (__atomic_compare_exchange_n(&slot.remaining, &rem, rem - 1, false, __ATOMIC_ACQ_REL,
+                                            __ATOMIC_ACQUIRE)) {
+                if (rem == 1) __atomic_sub_fetch(&rt.hot, layout::kHotFaultUnit, __ATOMIC_RELEASE);
+                *result = value;
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+void fault_set(layout::Runtime &rt, const std::string &call, int result, int times) {
+    if (result >= 0) throw Error("fault result must be negative, not " + std::to_string(result));
+    if (times == 0 || times < -1) throw Error("fault times must be -1 (until cleared) or at least 1");
+    const auto &known = faultable_calls();
+    if (std::find(known.begin(), known.end(), call) == known.end())
+        throw Error("no platform call '" + call + "' that faults can be armed on");
+    fault_clear(rt, call);
+    for (FaultSlot &slot : rt.faults) {
+        if (__atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE) != 0) continue;
+        copy_text(slot.call, call);
+        slot.result = result;
+        __atomic_store_n(&slot.remaining, times, __ATOMIC_RELEASE);
+        __atomic_add_fetch(&rt.hot, layout::kHotFaultUnit, __ATOMIC_RELEASE);
+        return;
+    }
+    throw Error("fault table full (" + std::to_string(layout::kFaultSlots) + " armed faults)");
+}
+
+void fault_clear(layout::Runtime &rt, const std::string &call) {
+    for (FaultSlot &slot : rt.faults)
+        if (call.empty() || same_call(slot, call.c_str())) disarm(rt, slot);
+}
+
+std::vector<FaultInfo> fault_list(const layout::Runtime &rt) {
+    std::vector<FaultInfo> out;
+    for (const FaultSlot &slot : rt.faults) {
+        int32_t rem = __atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE);
+        if (rem != 0)
+            out.push_back({text_of(slot.call), slot.result, rem});
+    }
+    return out;
+}
+
+void journal_enable(layout::Runtime &rt, bool on) {
+    if (on)
+        __atomic_or_fetch(&rt.hot, layout::kHotJournal, __ATOMIC_RELEASE);
+    else
+        __atomic_and_fetch(&rt.hot, ~layout::kHotJournal, __ATOMIC_RELEASE);
+}
+
+bool journal_enabled(const layout::Runtime &rt) { return hot(&rt.hot) & layout::kHotJournal; }
+
+// Each slot is a small seqlock: the stamp is zero while the slot is being
+// written and the entry's sequence number once it is complete.
+void journal_append(const View &v, const char *call, const char *args) {
+    uint64_t seq = __atomic_add_fetch(&v.rt->journal_last, 1, __ATOMIC_RELAXED);
+    layout::JournalSlot &slot = v.journal->slots[seq % layout::kJournalSlots];
+    __atomic_store_n(&slot.stamp, uint64_t(0), __ATOMIC_RELAXED);
+    __atomic_thread_fence(__ATOMIC_RELEASE);
+    copy_text(slot.call, sizeof slot.call, call);
+    copy_text(slot.args, sizeof slot.args, args);
+    __atomic_store_n(&slot.stamp, seq, __ATOMIC_RELEASE);
+}
+
+void journal_clear(layout::Runtime &rt) {
+    __atomic_store_n(&rt.journal_cleared, __atomic_load_n(&rt.journal_last, __ATOMIC_ACQUIRE),
+                     __ATOMIC_RELEASE);
+}
+
+std::vector<JournalEntry> journal_read(const View &v) {
+    uint64_t last = __atomic_load_n(&v.rt->journal_last, __ATOMIC_ACQUIRE);
+    uint64_t first = __atomic_load_n(&v.rt->journal_cleared, __ATOMIC_ACQUIRE) + 1;
+    if (last >= layout::kJournalSlots) first = std::max<uint64_t>(first, last - layout::kJournalSlots + 1);
+    std::vector<JournalEntry> out;
+    for (uint64_t seq = first; seq <= last; ++seq) {
+        const layout::JournalSlot &slot = v.journal->slots[seq % layout::kJournalSlots];
+        if (__atomic_load_n(&slot.stamp, __ATOMIC_ACQUIRE) != seq) continue;
+        JournalEntry e{seq, text_of(slot.call),
+                       text_of(slot.args)};
+        __atomic_thread_fence(__ATOMIC_ACQUIRE);
+        if (__atomic_load_n(&slot.stamp, __ATOMIC_RELAXED) == seq) out.push_back(std::move(e));
+    }
+    return out;
+}
+
+}  // namespace swsim::hooks

@@ -1,0 +1,234 @@
+// Layout of the simulated switch's state file.
+//
+// Every piece of switch state lives in one file that each user maps shared:
+// the agent (through cfg_init), the control tool and tests (through
+// swsim::Switch).  The file is a header page followed by page-aligned
+// sections; the header records the size of every section so that a file made
+// by a different build is refused instead of misread.
+//
+//   header    magic, layout version, total size, section table; the bytes
+//             at kLockByteBase.. are the cross-process lock bytes
+//   runtime   hot-path word, clock offset, boot time, fault table, journal
+//             sequence numbers
+//   status    the sw_status_t block handed out by get_status()
+//   image     the configuration image (SW_CFG_IMAGE_SIZE bytes); our own
+//             ConfigModel sits at offset 0, the fixed areas of records.hpp
+//             (trunk member bitmaps) at their offsets
+//   hardware  what the wire and the optics say: carrier, link partner, SFP
+//   stats     per-port counters (base, rate, checkpoint)
+//   fdb       the learned address table
+//   journal   ring of recorded platform calls
+//
+// Fields are host-endian except inside the image's fixed areas.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "swplatform/platform.h"
+#include "swplatform/records.hpp"
+
+namespace swsim::layout {
+
+inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
+inline constexpr uint32_t kVersion = 1;
+inline constexpr std::size_t kPage = 4096;
+
+inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
+inline constexpr int kTrunkPortBase = 512;  // port0 of trunk0 0 on unit0 0
+inline constexpr int kIfaces = kPhysPorts + SW_MAX_TRUNKS;           // ports, then trunks
+inline constexpr int kVlanSlots = SW_MAX_VLAN_ID + 1;               // indexed by VID
+inline constexpr int kFaultSlots = 64;
+inline constexpr int kJournalSlots = 4096;
+inline constexpr int kFdbCapacity = 32768;
+inline constexpr std::size_t kCallNameSize = 40;
+inline constexpr std::size_t kJournalArgsSize = 208;
+// Cross-process lock i is the byte at kLockByteBase + i of the header page.
+inline constexpr long kLockByteBase = 2048;
+
+enum Section : uint32_t { kRuntime, kStatus, kImage, kHardware, kStats, kFdb, kJournal, kSectionCount };
+inline constexpr const char *kSectionNames[kSectionCount] = {
+    "runtime", "status", "image", "hardware", "stats", "fdb", "journal"};
+
+struct SectionRef {
+    uint64_t offset;
+    uint64_t size;
+};
+
+struct Header {
+    char magic[8];
+    uint32_t version;
+    uint32_t header_size;
+    uint64_t total_size;
+    uint32_t section_count;
+    uint32_t reserved;
+    SectionRef sections[kSectionCount];
+};
+static_assert(sizeof(Header) < kLockByteBase);
+
+// ---- runtime ----------------------------------------------------------------
+
+// One armed fault.  remaining: 0 free, -1 until cleared, N > 0 that many more.
+struct FaultSlot {
+    char call[kCallNameSize];
+    int32_t result;
+    int32_t remaining;
+};
+
+// Bits of Runtime::hot.  The word is the only thing a platform call reads
+// before its real work when nothing is being watched.
+inline constexpr uint32_t kHotJournal = 1;   // journal recording
+inline constexpr uint32_t kHotFaultUnit = 2; // added once per armed fault slot
+
+struct Runtime {
+    uint32_t hot;
+    uint32_t reserved;
+    int64_t clock_offset_s;    // switch clock minus machine clock
+    int64_t boot_realtime_ns;  // when the switch "booted" (state created)
+    uint64_t journal_last;     // last sequence number handed out
+    uint64_t journal_cleared;  // entries up to this number are hidden
+    FaultSlot faults[kFaultSlots];
+};
+
+// ---- configuration model (offset 0 of the image) ------------------------------
+
+// Configuration of a port or trunk interface.
+struct IfaceConfig {
+    char description[SW_TEXT_SIZE];
+    uint8_t mac[6];
+    uint8_t admin;    // administratively enabled
+    uint8_t autoneg;  // speed/duplex negotiated (speed == 0)
+    uint32_t speed;   // configured Mbit/s, 0 negotiated
+    uint32_t duplex;  // configured duplex, 1 full
+    uint32_t pause;   // 0 off, 1 rx, 2 tx, 3 both
+    uint32_t caps;    // advertised capabilities (swsim::cap bits)
+    uint32_t mtu;
+    uint32_t type;    // swsim::port_type
+    uint32_t mdix;    // 1 auto, 2 MDI, 3 MDI-X
+};
+
+struct TrunkConfig {
+    uint8_t configured;
+    uint8_t dynamic;  // formed by LACP
+    uint8_t reserved[2];
+};
+
+struct VlanConfig {
+    uint8_t exists;
+    uint8_t active;
+    uint8_t dynamic;  // learned by GVRP
+    uint8_t reserved;
+    char name[SW_TEXT_SIZE];
+};
+
+struct ConfigModel {
+    char hostname[SW_TEXT_SIZE];
+    char contact[SW_TEXT_SIZE];
+    char location[SW_TEXT_SIZE];
+    char tz_name[SW_TZ_NAME_SIZE];
+    int32_t tz_offset_min;
+    int32_t mac_ageing;
+    uint8_t unit_mac[SW_MAX_UNITS][6];
+    uint32_t equip_oid[16];
+    uint32_t equip_oid_len;  // sub-identifiers
+    char equip_name[SW_TEXT_SIZE];
+    char vendor_url[128];
+    IfaceConfig ifaces[kIfaces];
+    TrunkConfig trunks[SW_MAX_TRUNKS];
+    VlanConfig vlans[kVlanSlots];
+    uint8_t members[kVlanSlots][kIfaces];  // SW_VLAN_* flags
+};
+static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
+
+// ---- hardware -----------------------------------------------------------------
+
+struct PortHardware {
+    uint8_t carrier;     // cable plugged and partner alive
+    uint8_t sfp_slot;    // the port is a transceiver cage
+    uint8_t peer_full;   // link partner offers full duplex
+    uint8_t reserved;
+    uint32_t peer_speed; // best speed the partner offers, Mbit/s (0: any)
+    uint32_t hw_caps;    // what the port hardware can do (swsim::cap bits)
+    uint32_t last_speed; // speed of the last time the link was up
+};
+
+struct Hardware {
+    PortHardware ports[kPhysPorts];
+};
+
+// ---- statistics ---------------------------------------------------------------
+
+// A counter reads base + rate * (time the link has been up since checkpoint).
+struct Counter {
+    uint64_t base;
+    uint64_t rate_micro;  // millionths of a count per second
+};
+
+struct PortCounters {
+    uint32_t seq;      // even: stable; odd: being rewritten
+    uint32_t running;  // counters advance (link up)
+    uint64_t checkpoint_ns;  // CLOCK_MONOTONIC
+    uint64_t traffic_pps;    // offered load that the rates derive from
+    Counter c[SW_MAX_STATISTIC];
+};
+
+struct Stats {
+    PortCounters ports[kPhysPorts];
+};
+
+// ---- learned address table ------------------------------------------------------
+
+struct FdbEntry {
+    uint8_t mac[6];
+    uint16_t vid;
+    int8_t unit;
+    uint8_t trunk;
+    uint16_t port;
+    uint32_t flags;  // swp::mac_entry::kFlag*
+};
+
+struct Fdb {
+    uint32_t count;
+    uint32_t capacity;
+    uint32_t reserved[2];
+    FdbEntry entries[kFdbCapacity];
+};
+
+// ---- journal --------------------------------------------------------------------
+
+struct JournalSlot {
+    uint64_t stamp;  // sequence number once complete, 0 while written
+    char call[kCallNameSize];
+    char args[kJournalArgsSize];
+};
+static_assert(sizeof(JournalSlot) == 256);
+
+struct Journal {
+    JournalSlot slots[kJournalSlots];
+};
+
+// ---- the whole file -------------------------------------------------------------
+
+inline constexpr std::size_t page_round(std::size_t n) { return (n + kPage - 1) / kPage * kPage; }
+
+inline constexpr std::size_t kSectionSizes[kSectionCount] = {
+    sizeof(Runtime), sizeof(sw_status_t), SW_CFG_IMAGE_SIZE, sizeof(Hardware),
+    sizeof(Stats),   sizeof(Fdb),         sizeof(Journal)};
+
+struct Geometry {
+    SectionRef sections[kSectionCount];
+    uint64_t total;
+};
+
+inline constexpr Geometry geometry() {
+    Geometry g{};
+    uint64_t at = kPage;
+    for (uint32_t i = 0; i < kSectionCount; ++i) {
+        g.sections[i] = SectionRef{at, kSectionSizes[i]};
+        at += page_round(kSectionSizes[i]);
+    }
+    g.total = at;
+    return g;
+}
+
+}  // namespace swsim::layout

@@ -1,0 +1,556 @@
+// Building a state file from a scenario (scenarios/README.md has the schema).
+//
+// Every field is checked as it is read; a problem is reported as
+// "ORIGIN: FIELD.PATH: problem" and nothing is written to the state path.
+#include <fstream>
+#include <initializer_list>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <unistd.h>
+
+#include "model.hpp"
+#include "util.hpp"
+
+namespace swsim {
+namespace {
+
+using nlohmann::json;
+
+// ---- checked reading of JSON ------------------------------------------------------------
+
+class Field;
+
+struct Source {
+    std::string origin;
+    [[noreturn]] void fail(const std::string &path, const std::string &problem) const {
+        throw Error(origin + ": " + path + ": " + problem);
+    }
+};
+
+// A JSON value and where it sits in the document.
+class Field {
+public:
+    Field(const Source &src, const json &j, std::string path) : src_(src), j_(j), path_(std::move(path)) {}
+
+    const json &raw() const { return j_; }
+    const std::string &path() const { return path_; }
+    [[noreturn]] void fail(const std::string &problem) const { src_.fail(path_, problem); }
+
+    bool is_object() const { return j_.is_object(); }
+    bool is_array() const { return j_.is_array(); }
+
+    // An object whose keys must all be among `known`.
+    void expect_object(std::initializer_list<const char *> known) const {
+        if (!j_.is_object()) fail("must be an object");
+        for (auto it = j_.begin(); it != j_.end(); ++it) {
+            bool ok = false;
+            for (const char *k : known) ok |= it.key() == k;
+            if (!ok) src_.fail(join(it.key()), "unknown field");
+        }
+    }
+    bool has(const char *key) const { return j_.contains(key); }
+    Field at(const char *key) const { return Field(src_, j_.at(key), join(key)); }
+
+    std::vector<Field> items() const {
+        if (!j_.is_array()) fail("must be an array");
+        std::vector<Field> out;
+        for (std::size_t i = 0; i < j_.size(); ++i) out.emplace_back(src_, j_[i], path_ + "[" + std::to_string(i) + "]");
+        return out;
+    }
+
+    int64_t integer(int64_t lo, int64_t hi) const {
+        if (!j_.is_number_integer()) fail("must be an integer");
+        int64_t v = j_.is_number_unsigned() && j_.get<uint64_t>() > uint64_t(INT64_MAX) ? INT64_MAX : j_.get<int64_t>();
+        if (v < lo || v > hi) fail("must be " + std::to_string(lo) + ".." + std::to_string(hi));
+        return v;
+    }
+    bool boolean() const {
+        if (!j_.is_boolean()) fail("must be true or false");
+        return j_.get<bool>();
+    }
+    std::string text(std::size_t max_len) const {
+        if (!j_.is_string()) fail("must be a string");
+        std::string s = j_.get<std::string>();
+        if (s.size() > max_len) fail("must be at most " + std::to_string(max_len) + " characters");
+        return s;
+    }
+
+    // Optional members with defaults.
+    int64_t integer(const char *key, int64_t lo, int64_t hi, int64_t dflt) const {
+        return has(key) ? at(key).integer(lo, hi) : dflt;
+    }
+    bool boolean(const char *key, bool dflt) const { return has(key) ? at(key).boolean() : dflt; }
+    std::string text(const char *key, std::size_t max_len, const std::string &dflt) const {
+        return has(key) ? at(key).text(max_len) : dflt;
+    }
+
+private:
+    std::string join(const std::string &key) const { return path_.empty() ? key : path_ + "." + key; }
+    const Source &src_;
+    const json &j_;
+    std::string path_;
+};
+
+// Runs a model change, reporting its complaint at `where`.
+template <class Body>
+void at_field(const Field &where, Body body) {
+    try {
+        body();
+    } catch (const Error &e) {
+        where.fail(e.what());
+    }
+}
+
+// ---- the builder -----------------------------------------------------------------------------
+
+constexpr uint32_t kCopperCaps = cap::k10Half | cap::k10Full | cap::k100Half | cap::k100Full | cap::k1000Full |
+                                 cap::kAutoneg | cap::kPause | cap::kAsymPause;
+constexpr uint32_t kSfpCaps = cap::k1000Full | cap::k10GFull | cap::kAutoneg | cap::kPause;
+
+class Builder {
+public:
+    Builder(View &v, const Source &src) : v_(v), src_(src) {}
+
+    void build(const Field &root) {
+        root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb"});
+        if (root.has("description")) root.at("description").text(4096);
+        system(root.has("system") ? root.at("system") : empty("system"));
+        units(root);
+        if (root.has("trunks")) trunks(root.at("trunks"));
+        if (root.has("ports"))
+            for (const Field &f : root.at("ports").items()) port_item(f);
+        if (root.has("vlans"))
+            for (const Field &f : root.at("vlans").items()) vlan_item(f);
+        else
+            default_vlan();
+        if (root.has("fdb"))
+            for (const Field &f : root.at("fdb").items()) fdb_item(f);
+        for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
+        // A switch that just booted has no VLAN changes to report.
+        sw_status_t &s = *v_.status;
+        s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;
+        s.vlan_changed_current = s.vlan_changed_static = s.vlan_changed_private = 0;
+    }
+
+private:
+    Field empty(const char *path) { return Field(src_, empty_, path); }
+
+    // ---- system ----
+
+    void system(const Field &f) {
+        f.expect_object({"name", "contact", "location", "timezone", "mac_ageing", "base_mac", "equipment",
+                         "firmware", "product", "serial_no", "vendor_id", "clock_offset_s"});
+        layout::ConfigModel &c = *v_.cfg;
+        copy_text(c.hostname, f.text("name", SW_TEXT_SIZE - 1, "switch"));
+        copy_text(c.contact, f.text("contact", SW_TEXT_SIZE - 1, ""));
+        copy_text(c.location, f.text("location", SW_TEXT_SIZE - 1, ""));
+        copy_text(c.tz_name, std::string("UTC"));
+        if (f.has("timezone")) {
+            Field tz = f.at("timezone");
+            tz.expect_object({"name", "offset_min"});
+            copy_text(c.tz_name, tz.text("name", SW_TZ_NAME_SIZE - 1, "UTC"));
+            c.tz_offset_min = int32_t(tz.integer("offset_min", -720, 840, 0));
+        }
+        c.mac_ageing = int32_t(f.integer("mac_ageing", 10, 1000000, 300));
+        std::string base = f.text("base_mac", 17, "02:00:5e:10:00:00");
+        if (!parse_mac(base, base_mac_)) f.at("base_mac").fail("must be a MAC address like 02:00:5e:10:00:00");
+        for (int u = 0; u < SW_MAX_UNITS; ++u) mac_add(base_mac_, uint64_t(u) << 8, c.unit_mac[u]);
+
+        Field eq = f.has("equipment") ? f.at("equipment") : empty("system.equipment");
+        eq.expect_object({"name", "oid", "vendor_url"});
+        copy_text(c.equip_name, eq.text("name", SW_TEXT_SIZE - 1, "VX7300"));
+        copy_text(c.vendor_url, eq.text("vendor_url", sizeof c.vendor_url - 1, "https://switch.example.net/"));
+        std::vector<uint32_t> oid = {1, 3, 6, 1, 4, 1, 99999, 1, 1};
+        if (eq.has("oid")) {
+            oid.clear();
+            auto parts = eq.at("oid").items();
+            if (parts.size() < 2 || parts.size() > 16) eq.at("oid").fail("must have 2..16 sub-identifiers");
+            for (const Field &p : parts) oid.push_back(uint32_t(p.integer(0, UINT32_MAX)));
+        }
+        std::copy(oid.begin(), oid.end(), c.equip_oid);
+        c.equip_oid_len = uint32_t(oid.size());
+
+        sw_status_t &s = *v_.status;
+        Field fw = f.has("firmware") ? f.at("firmware") : empty("system.firmware");
+        fw.expect_object({"version", "boot", "date"});
+        copy_text(s.fw_version, fw.text("version", 31, "3.2.7 build 1142"));
+        copy_text(s.boot_version, fw.text("boot", 31, "1.4.2"));
+        copy_text(s.fw_date, fw.text("date", 31, "2024-03-18"));
+        copy_text(s.product, f.text("product", 31, "VX7300"));
+        s.serial_no = uint64_t(f.integer("serial_no", 0, INT64_MAX, 730012345));
+        s.vendor_id = uint32_t(f.integer("vendor_id", 0, UINT32_MAX, 99999));
+        v_.rt->clock_offset_s = f.integer("clock_offset_s", -(int64_t(1) << 40), int64_t(1) << 40, 0);
+    }
+
+    // ---- units and their ports ----
+
+    void units(const Field &root) {
+        if (!root.has("units")) {
+            unit(empty("units[0]"), 0);
+            return;
+        }
+        Field f = root.at("units");
+        if (f.is_object()) {
+            // One description for `count` identical units.
+            f.expect_object({"count", "present", "ports", "sfp_ports", "model", "version", "build_date"});
+            int count = int(f.at("count").integer(1, SW_MAX_UNITS));
+            for (int u = 0; u < count; ++u) unit(f, u);
+            return;
+        }
+        auto items = f.items();
+        if (items.empty() || items.size() > SW_MAX_UNITS) f.fail("must list 1..8 units");
+        for (std::size_t u = 0; u < items.size(); ++u) {
+            items[u].expect_object({"present", "ports", "sfp_ports", "mpu", "model", "serial", "version", "build_date"});
+            unit(items[u], int(u));
+        }
+    }
+
+    void unit(const Field &f, int unit0) {
+        sw_unit_status_t &u = v_.status->units[unit0];
+        const int ports = int(f.integer("ports", 1, SW_PORTS_PER_UNIT, 28));
+        const int sfp = int(f.integer("sfp_ports", 0, ports, std::min(4, ports)));
+        u.present = f.boolean("present", true);
+        u.status2 = 1;
+        u.is_mpu = f.boolean("mpu", unit0 == 0);
+        u.user_ports = uint32_t(ports);
+        copy_text(u.model, f.text("model", 31, "VX7300-" + std::to_string(ports)));
+        copy_text(u.serial, f.text("serial", 31, "SIM7300100" + std::to_string(unit0 + 1)));
+        copy_text(u.version, f.text("version", 31, "B1"));
+        copy_text(u.build_date, f.text("build_date", 31, "2023-11-20"));
+        for (int p = 0; p < ports; ++p) default_port(unit0, p, p >= ports - sfp);
+    }
+
+    void default_port(int unit0, int port0, bool sfp) {
+        const int phys = model::phys_index(unit0, port0);
+        layout::IfaceConfig &c = v_.cfg->ifaces[phys];
+        layout::PortHardware &hw = v_.hw->ports[phys];
+        c = layout::IfaceConfig{};
+        c.admin = 1;
+        c.autoneg = 1;
+        c.duplex = 1;
+        c.mtu = 1500;
+        c.type = sfp ? port_type::kSfpPlus : port_type::kCopper;
+        c.mdix = sfp ? 2 : 1;
+        c.caps = sfp ? kSfpCaps : kCopperCaps;
+        mac_add(v_.cfg->unit_mac[unit0], uint64_t(port0) + 1, c.mac);
+        hw = layout::PortHardware{};
+        hw.sfp_slot = sfp;
+        hw.peer_full = 1;
+        hw.hw_caps = c.caps;
+    }
+
+    // ---- port selections ----
+    //
+    // "all", "U/P", "U/P-Q", "U/*": ports, counted from one; "T<n>" or
+    // "T<a>-<b>": trunks; "trunks": every configured trunk.
+
+    std::vector<std::pair<int, int>> select(const Field &f) {
+        std::vector<std::pair<int, int>> out;
+        if (f.is_array()) {
+            for (const Field &item : f.items()) {
+                auto part = select(item);
+                out.insert(out.end(), part.begin(), part.end());
+            }
+            return out;
+        }
+        const std::string s = f.text(64);
+        auto number = [&](const std::string &t) {
+            if (t.empty() || t.size() > 4 || t.find_first_not_of("0123456789") != std::string::npos)
+                f.fail("'" + s + "' is not a port selection (all, U/P, U/P-Q, U/*, Tn, Ta-b, trunks)");
+            return std::stoi(t);
+        };
+        auto range = [&](const std::string &t, int &lo, int &hi) {
+            auto dash = t.find('-');
+            lo = number(t.substr(0, dash));
+            hi = dash == std::string::npos ? lo : number(t.substr(dash + 1));
+        };
+        if (s == "all") {
+            for (int u = 0; u < SW_MAX_UNITS; ++u)
+                for (int p = 0; p < int(v_.status->units[u].user_ports); ++p) out.emplace_back(u, p);
+        } else if (s == "trunks") {
+            for (int t = 0; t < SW_MAX_TRUNKS; ++t)
+                if (v_.cfg->trunks[t].configured) out.emplace_back(0, layout::kTrunkPortBase + t);
+        } else if (s[0] == 'T') {
+            int lo, hi;
+            range(s.substr(1), lo, hi);
+            for (int t = lo; t <= hi; ++t) {
+                if (t < 1 || t > SW_MAX_TRUNKS || !v_.cfg->trunks[t - 1].configured)
+                    f.fail("trunk " + std::to_string(t) + " is not configured");
+                out.emplace_back(0, layout::kTrunkPortBase + t - 1);
+            }
+        } else {
+            auto slash = s.find('/');
+            if (slash == std::string::npos) number("");
+            const int unit = number(s.substr(0, slash));
+            const std::string rest = s.substr(slash + 1);
+            if (unit < 1 || unit > SW_MAX_UNITS || !v_.status->units[unit - 1].status2)
+                f.fail("no unit " + std::to_string(unit) + " in this stack");
+            const int ports = int(v_.status->units[unit - 1].user_ports);
+            int lo = 1, hi = ports;
+            if (rest != "*") range(rest, lo, hi);
+            if (lo < 1 || hi > ports || lo > hi)
+                f.fail("unit " + std::to_string(unit) + " has ports 1.." + std::to_string(ports));
+            for (int p = lo; p <= hi; ++p) out.emplace_back(unit - 1, p - 1);
+        }
+        return out;
+    }
+
+    void port_item(const Field &f) {
+        f.expect_object({"select", "link", "peer_speed", "half_duplex", "speed", "admin", "description", "mtu",
+                         "pause", "traffic", "sfp", "mdix", "counters"});
+        if (!f.has("select")) f.fail("needs a select field");
+        for (auto [u, p] : select(f.at("select"))) {
+            if (u == 0 && p >= layout::kTrunkPortBase) {
+                for (const char *key : {"link", "peer_speed", "half_duplex", "sfp", "traffic", "counters"})
+                    if (f.has(key)) f.at(key).fail("applies to ports, not trunks");
+                port_config(f, model::iface_of(v_, u, p));
+                continue;
+            }
+            const int phys = model::phys_index(u, p);
+            layout::PortHardware &hw = v_.hw->ports[phys];
+            port_config(f, phys);
+            if (f.has("link")) hw.carrier = f.at("link").boolean();
+            if (f.has("peer_speed") || f.has("half_duplex")) {
+                int speed = int(f.integer("peer_speed", 10, 10000, hw.peer_speed ? hw.peer_speed : 10000));
+                at_field(f, [&] { model::ops::set_link_speed(v_, u, p, speed, !f.boolean("half_duplex", false)); });
+            }
+            if (f.has("sfp")) {
+                Field sfp = f.at("sfp");
+                Ddm ddm;
+                // Optics differ a little from port to port.
+                ddm.temperature_c += (phys % 7) * 0.8;
+                ddm.rx_power_mw -= (phys % 5) * 0.03;
+                at_field(sfp, [&] { model::ops::set_transceiver(v_, u, p, sfp.boolean(), ddm); });
+            }
+            if (f.has("traffic")) model::set_traffic(v_, phys, uint64_t(f.at("traffic").integer(0, 20'000'000)));
+            if (f.has("counters")) counters(f.at("counters"), phys);
+        }
+    }
+
+    void port_config(const Field &f, int iface) {
+        layout::IfaceConfig &c = v_.cfg->ifaces[iface];
+        if (f.has("admin")) c.admin = f.at("admin").boolean();
+        if (f.has("description")) copy_text(c.description, f.at("description").text(SW_TEXT_SIZE - 1));
+        if (f.has("mtu")) c.mtu = uint32_t(f.at("mtu").integer(64, 9216));
+        if (f.has("pause")) c.pause = uint32_t(f.at("pause").integer(0, 3));
+        if (f.has("mdix")) {
+            static const std::map<std::string, uint32_t> kinds = {{"auto", 1}, {"mdi", 2}, {"mdix", 3}};
+            auto it = kinds.find(f.at("mdix").text(8));
+            if (it == kinds.end()) f.at("mdix").fail("must be auto, mdi or mdix");
+            c.mdix = it->second;
+        }
+        if (f.has("speed")) {
+            int speed = int(f.at("speed").integer(0, 10000));
+            if (model::set_port_speed(v_, iface, speed) != 0)
+                f.at("speed").fail("port cannot run at " + std::to_string(speed) + " Mbit/s");
+        }
+    }
+
+    // {"STAT": value}: starting values by statistic number.
+    void counters(const Field &f, int phys) {
+        if (!f.is_object()) f.fail("must be an object of statistic number: value");
+        for (auto it = f.raw().begin(); it != f.raw().end(); ++it) {
+            Field value(src_, it.value(), f.path() + "." + it.key());
+            const std::string &key = it.key();
+            if (key.empty() || key.size() > 2 || key.find_first_not_of("0123456789") != std::string::npos ||
+                std::stoi(key) >= SW_MAX_STATISTIC)
+                value.fail("not a statistic number (0..95)");
+            const int stat = std::stoi(key);
+            if (!model::stat_settable(stat)) value.fail("is the sum of other statistics; set those");
+            model::set_counter(v_, phys, stat, uint64_t(value.integer(0, INT64_MAX)));
+        }
+    }
+
+    // ---- trunks ----
+
+    void trunks(const Field &f) {
+        if (f.is_object()) {
+            // Trunks 1..generate, `members` consecutive ports each, from port 1/1 on.
+            f.expect_object({"generate", "members", "dynamic_every"});
+            const int n = int(f.at("generate").integer(1, SW_MAX_TRUNKS));
+            const int per = int(f.integer("members", 1, 8, 2));
+            const int dyn_every = int(f.integer("dynamic_every", 0, SW_MAX_TRUNKS, 0));
+            std::vector<std::pair<int, int>> ports = all_ports();
+            if (std::size_t(n * per) > ports.size()) f.fail("the stack has too few ports for these trunks");
+            for (int t = 0; t < n; ++t) {
+                model::ops::trunk_create(v_, t, dyn_every && (t + 1) % dyn_every == 0);
+                for (int m = 0; m < per; ++m) {
+                    auto [u, p] = ports[std::size_t(t * per + m)];
+                    model::ops::trunk_add_port(v_, t, u, p);
+                }
+            }
+            return;
+        }
+        for (const Field &item : f.items()) {
+            item.expect_object({"id", "dynamic", "members", "description"});
+            if (!item.has("id")) item.fail("needs an id (1..128)");
+            const int t = int(item.at("id").integer(1, SW_MAX_TRUNKS)) - 1;
+            at_field(item.at("id"), [&] { model::ops::trunk_create(v_, t, item.boolean("dynamic", false)); });
+            if (item.has("description"))
+                copy_text(v_.cfg->ifaces[layout::kPhysPorts + t].description,
+                          item.at("description").text(SW_TEXT_SIZE - 1));
+            if (!item.has("members")) continue;
+            Field members = item.at("members");
+            for (auto [u, p] : select(members)) {
+                if (u == 0 && p >= layout::kTrunkPortBase) members.fail("a trunk's members are ports");
+                at_field(members, [&] { model::ops::trunk_add_port(v_, t, u, p); });
+            }
+        }
+    }
+
+    std::vector<std::pair<int, int>> all_ports() const {
+        std::vector<std::pair<int, int>> out;
+        for (int u = 0; u < SW_MAX_UNITS; ++u)
+            for (int p = 0; p < int(v_.status->units[u].user_ports); ++p) out.emplace_back(u, p);
+        return out;
+    }
+
+    // ---- VLANs ----
+
+    void default_vlan() {
+        model::ops::vlan_create(v_, 1, "default", false);
+        for (auto [u, p] : all_ports())
+            if (model::trunk_of_port(v_, u, p) < 0) v_.cfg->members[1][model::phys_index(u, p)] = SW_VLAN_UNTAGGED;
+    }
+
+    void vlan_item(const Field &f) {
+        f.expect_object({"vid", "range", "name", "dynamic", "active", "untagged", "tagged", "forbidden"});
+        int lo, hi;
+        if (f.has("vid") == f.has("range")) f.fail("needs either vid or range");
+        if (f.has("vid")) {
+            lo = hi = int(f.at("vid").integer(1, SW_MAX_VLAN_ID));
+        } else {
+            auto r = f.at("range").items();
+            if (r.size() != 2) f.at("range").fail("must be [first, last]");
+            lo = int(r[0].integer(1, SW_MAX_VLAN_ID));
+            hi = int(r[1].integer(lo, SW_MAX_VLAN_ID));
+        }
+        const std::string name = f.text("name", SW_TEXT_SIZE - 1, "");
+        const bool dynamic = f.boolean("dynamic", false);
+        const bool active = f.boolean("active", true);
+        struct Membership {
+            const char *key;
+            uint32_t flags;
+            std::vector<std::pair<int, int>> ports;
+        };
+        Membership kinds[] = {{"untagged", SW_VLAN_UNTAGGED, {}}, {"tagged", SW_VLAN_TAGGED, {}},
+                              {"forbidden", SW_VLAN_FORBIDDEN, {}}};
+        for (Membership &m : kinds)
+            if (f.has(m.key)) {
+                // Ports that are trunk members join VLANs through their trunk.
+                for (auto [u, p] : select(f.at(m.key))) {
+                    const bool trunk_member = p < layout::kTrunkPortBase && model::trunk_of_port(v_, u, p) >= 0;
+                    if (!trunk_member || m.flags == SW_VLAN_FORBIDDEN) m.ports.emplace_back(u, p);
+                }
+            }
+        for (int vid = lo; vid <= hi; ++vid) {
+            std::string vname = name;
+            for (auto at = vname.find("{vid}"); at != std::string::npos; at = vname.find("{vid}"))
+                vname.replace(at, 5, std::to_string(vid));
+            if (vname.size() >= SW_TEXT_SIZE) f.at("name").fail("is too long once {vid} is filled in");
+            at_field(f, [&] { model::ops::vlan_create(v_, vid, vname, dynamic); });
+            v_.cfg->vlans[vid].active = active;
+            for (const Membership &m : kinds)
+                for (auto [u, p] : m.ports) {
+                    // Dynamic VLANs' members registered through GVRP.
+                    const uint32_t gvrp = dynamic && m.flags != SW_VLAN_FORBIDDEN ? SW_VLAN_DYNAMIC : 0;
+                    v_.cfg->members[vid][model::iface_of(v_, u, p)] = uint8_t(m.flags | gvrp);
+                }
+        }
+    }
+
+    // ---- learned addresses ----
+
+    void fdb_item(const Field &f) {
+        f.expect_object({"mac", "vid", "port", "static", "generate"});
+        if (f.has("generate")) {
+            const int n = int(f.at("generate").integer(1, layout::kFdbCapacity));
+            at_field(f, [&] { generate_fdb(n); });
+            return;
+        }
+        for (const char *key : {"mac", "vid", "port"})
+            if (!f.has(key)) f.fail(std::string("needs a ") + key + " field");
+        uint8_t mac[6];
+        if (!parse_mac(f.at("mac").text(17), mac)) f.at("mac").fail("must be a MAC address like 00:11:22:33:44:55");
+        const int vid = int(f.at("vid").integer(1, SW_MAX_VLAN_ID));
+        auto ports = select(f.at("port"));
+        if (ports.size() != 1 || ports[0].second >= layout::kTrunkPortBase) f.at("port").fail("must name one port");
+        at_field(f, [&] {
+            model::ops::fdb_add(v_, mac, vid, ports[0].first, ports[0].second, -1, f.boolean("static", false));
+        });
+    }
+
+    // n dynamic addresses spread over the VLANs and the ports whose link is up.
+    void generate_fdb(int n) {
+        std::vector<int> vids;
+        for (int vid = 1; vid <= SW_MAX_VLAN_ID; ++vid)
+            if (v_.cfg->vlans[vid].exists) vids.push_back(vid);
+        std::vector<std::pair<int, int>> ports;
+        for (auto [u, p] : all_ports())
+            if (v_.hw->ports[model::phys_index(u, p)].carrier) ports.emplace_back(u, p);
+        if (ports.empty()) ports = all_ports();
+        if (vids.empty()) throw Error("learned addresses need a VLAN");
+        const uint8_t base[6] = {0x00, 0x1b, 0x21, 0x00, 0x00, 0x00};
+        layout::Fdb &t = *v_.fdb;
+        for (int i = 0; i < n; ++i) {
+            if (t.count >= layout::kFdbCapacity) throw Error("learned address table full");
+            auto [u, p] = ports[std::size_t(i) % ports.size()];
+            const int trunk0 = model::trunk_of_port(v_, u, p);
+            layout::FdbEntry &e = t.entries[t.count++];
+            e = layout::FdbEntry{};
+            mac_add(base, uint64_t(i) * 7919 + 1, e.mac);  // spread, never repeating
+            e.vid = uint16_t(vids[std::size_t(i / int(ports.size())) % vids.size()]);
+            e.unit = int8_t(u);
+            e.port = uint16_t(p);
+            e.trunk = uint8_t(trunk0 < 0 ? 0 : trunk0);
+            e.flags = trunk0 >= 0 ? swp::mac_entry::kFlagTrunk : 0;
+        }
+    }
+
+    View &v_;
+    const Source &src_;
+    const json empty_ = json::object();
+    uint8_t base_mac_[6] = {};
+};
+
+void build(const std::string &state_path, const json &doc, const std::string &origin) {
+    Source src{origin};
+    // Built beside the target and renamed over it, so a bad scenario leaves
+    // any existing state alone.
+    const std::string tmp = state_path + ".new." + std::to_string(getpid());
+    try {
+        auto file = StateFile::create(tmp);
+        Builder(file->view(), src).build(Field(src, doc, ""));
+        file->sync();
+    } catch (...) {
+        unlink(tmp.c_str());
+        throw;
+    }
+    if (rename(tmp.c_str(), state_path.c_str()) != 0) {
+        unlink(tmp.c_str());
+        throw Error(state_path + ": cannot create: " + std::strerror(errno));
+    }
+}
+
+}  // namespace
+
+void create_state_from_json(const std::string &state_path, const std::string &json_text, const std::string &origin) {
+    json doc;
+    try {
+        doc = json::parse(json_text);
+    } catch (const json::parse_error &e) {
+        throw Error(origin + ": not valid JSON (" + e.what() + ")");
+    }
+    build(state_path, doc, origin);
+}
+
+void create_state(const std::string &state_path, const std::string &scenario_path) {
+    std::ifstream in(scenario_path);
+    if (!in) throw Error(scenario_path + ": cannot read the scenario");
+    std::stringstream text;
+    text << in.rdbuf();
+    create_state_from_json(state_path, text.str(), scenario_path);
+}
+
+}  // namespace swsim

@@ -1,0 +1,423 @@
+// swctl: creates and drives a simulated switch.
+//
+// Units, ports and trunks are numbered as on the switch's front panel, from
+// one: port "2/5" is the fifth port of the second unit, trunk 1 is trunk0 0.
+// A trunk given where a port is expected is written "T<n>".  Every change is
+// made on the live state file under the configuration write lock, so an agent
+// serving requests sees it at once.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <sstream>
+
+#include "swplatform/platform.h"
+#include "swsim/control.hpp"
+
+namespace {
+
+using swsim::Error;
+
+struct PortRef {
+    int unit0;
+    int port0;  // 512 + trunk0 for a trunk
+};
+
+int parse_int(const std::string &text, const std::string &what) {
+    try {
+        std::size_t used = 0;
+        long long v = std::stoll(text, &used, 10);
+        if (used == text.size() && v >= INT32_MIN && v <= INT32_MAX) return int(v);
+    } catch (const std::exception &) {
+    }
+    throw Error("'" + text + "' is not a " + what);
+}
+
+uint64_t parse_u64(const std::string &text, const std::string &what) {
+    if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos)
+        throw Error("'" + text + "' is not a " + what);
+    try {
+        return std::stoull(text);
+    } catch (const std::exception &) {
+        throw Error("'" + text + "' is too large for a " + what);
+    }
+}
+
+// "U/P" from one; "T<n>" when trunks are allowed.
+PortRef parse_port(const std::string &text, bool trunk_ok = false) {
+    if (trunk_ok && !text.empty() && (text[0] == 'T' || text[0] == 't'))
+        return {0, 512 + parse_int(text.substr(1), "trunk number") - 1};
+    auto slash = text.find('/');
+    if (slash == std::string::npos)
+        throw Error("'" + text + "' is not a port (UNIT/PORT, e.g. 1/5" + (trunk_ok ? ", or Tn for a trunk)" : ")"));
+    return {parse_int(text.substr(0, slash), "unit number") - 1, parse_int(text.substr(slash + 1), "port number") - 1};
+}
+
+int parse_trunk(const std::string &text) { return parse_int(text, "trunk number (1..128)") - 1; }
+
+std::string port_text(int unit0, int port0) {
+    if (unit0 == 0 && port0 >= 512) return "T" + std::to_string(port0 - 512 + 1);
+    return std::to_string(unit0 + 1) + "/" + std::to_string(port0 + 1);
+}
+
+// 1/1-24,2/3,T1 from a sorted list.
+std::string port_list(const std::vector<std::pair<int, int>> &ports) {
+    std::string out;
+    for (std::size_t i = 0; i < ports.size();) {
+        std::size_t j = i;
+        const bool trunks = ports[i].second >= 512;
+        while (j + 1 < ports.size() && ports[j + 1].first == ports[i].first && ports[j + 1].second == ports[j].second + 1 &&
+               (ports[j + 1].second >= 512) == trunks)
+            ++j;
+        if (!out.empty()) out += ",";
+        out += port_text(ports[i].first, ports[i].second);
+        if (j > i) out += "-" + std::to_string(ports[j].second - (trunks ? 512 : 0) + 1);
+        i = j + 1;
+    }
+    return out.empty() ? "-" : out;
+}
+
+std::string mac_text(const uint8_t *m) {
+    char buf[18];
+    std::snprintf(buf, sizeof buf, "%02x:%02x:%02x:%02x:%02x:%02x", m[0], m[1], m[2], m[3], m[4], m[5]);
+    return buf;
+}
+
+void parse_mac(const std::string &text, uint8_t mac[6]) {
+    unsigned v[6];
+    char tail;
+    if (text.size() != 17 ||
+        std::sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%c", &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &tail) != 6)
+        throw Error("'" + text + "' is not a MAC address (aa:bb:cc:dd:ee:ff)");
+    for (int i = 0; i < 6; ++i) mac[i] = uint8_t(v[i]);
+}
+
+// ---- show ----------------------------------------------------------------------------------
+
+void show_system(const swsim::Switch &sw) {
+    auto s = sw.system();
+    std::printf("name        %s\ncontact     %s\nlocation    %s\n", s.hostname.c_str(), s.contact.c_str(),
+                s.location.c_str());
+    std::printf("time zone   %s (%+d min)\nfirmware    %s\nuptime      %u s\n", s.tz_name.c_str(), s.tz_offset_min,
+                s.fw_version.c_str(), s.uptime_s);
+    std::printf("clock       %+lld s from this machine\nmac ageing  %d s\n", (long long)s.clock_offset_s, s.mac_ageing);
+    std::printf("journal     %s\nfaults      %zu armed\n", sw.journal_enabled() ? "on" : "off", sw.faults().size());
+}
+
+void show_units(const swsim::Switch &sw) {
+    std::printf("%-5s %-8s %-4s %-6s %-16s %s\n", "unit", "state", "mpu", "ports", "model", "serial");
+    for (int u = 0; u < SW_MAX_UNITS; ++u) {
+        auto info = sw.unit(u);
+        if (!info.known) continue;
+        std::printf("%-5d %-8s %-4s %-6d %-16s %s\n", u + 1, info.present ? "present" : "absent", info.mpu ? "yes" : "",
+                    info.ports, info.model.c_str(), info.serial.c_str());
+    }
+}
+
+void show_port_line(const swsim::Switch &sw, int unit0, int port0) {
+    auto p = sw.port(unit0, port0);
+    static const char *types[] = {"?", "copper", "sfp+", "trunk"};
+    std::string speed = p.link ? std::to_string(p.speed) + (p.full_duplex ? " full" : " half") : "-";
+    std::string config = p.config_speed ? std::to_string(p.config_speed) : "auto";
+    std::string sfp = p.sfp_slot ? (p.sfp_fitted ? "fitted" : "empty") : "";
+    std::printf("%-6s %-7s %-4s %-10s %-5s %-6s %-6s %-5s %-9s %s\n", port_text(unit0, port0).c_str(),
+                p.type >= 0 && p.type <= 3 ? types[p.type] : "?", p.link ? "up" : "down", speed.c_str(),
+                config.c_str(), p.admin ? "on" : "off", sfp.c_str(), p.trunk0 >= 0 ? ("T" + std::to_string(p.trunk0 + 1)).c_str() : "",
+                p.traffic_pps ? std::to_string(p.traffic_pps).c_str() : "", p.description.c_str());
+}
+
+void show_ports(const swsim::Switch &sw) {
+    std::printf("%-6s %-7s %-4s %-10s %-5s %-6s %-6s %-5s %-9s %s\n", "port", "type", "link", "speed", "cfg",
+                "admin", "sfp", "trunk", "pps", "description");
+    for (int u = 0; u < SW_MAX_UNITS; ++u) {
+        auto info = sw.unit(u);
+        for (int p = 0; info.known && p < info.ports; ++p) show_port_line(sw, u, p);
+    }
+}
+
+void show_trunks(const swsim::Switch &sw) {
+    std::printf("%-5s %-8s %-5s %-7s %s\n", "trunk", "kind", "link", "speed", "members");
+    for (int t = 0; t < SW_MAX_TRUNKS; ++t) {
+        auto info = sw.trunk(t);
+        if (!info.configured) continue;
+        auto p = sw.port(0, 512 + t);
+        std::printf("T%-4d %-8s %-5s %-7d %s\n", t + 1, info.dynamic ? "lacp" : "static", p.link ? "up" : "down",
+                    p.speed, port_list(info.members).c_str());
+    }
+}
+
+void show_vlans(const swsim::Switch &sw) {
+    std::printf("%-5s %-20s %-8s %s\n", "vid", "name", "kind", "members (u untagged, t tagged, f forbidden)");
+    for (int vid : sw.vlan_ids()) {
+        auto v = sw.vlan(vid);
+        std::map<char, std::vector<std::pair<int, int>>> by_kind;
+        for (const auto &m : v.members) {
+            char k = (m.flags & SW_VLAN_FORBIDDEN) ? 'f' : (m.flags & SW_VLAN_TAGGED) ? 't' : 'u';
+            by_kind[k].emplace_back(m.unit0, m.port0);
+        }
+        std::string members;
+        for (auto &[k, ports] : by_kind) members += std::string(members.empty() ? "" : " ") + k + ":" + port_list(ports);
+        std::printf("%-5d %-20s %-8s %s\n", vid, v.name.c_str(),
+                    v.dynamic ? "dynamic" : (v.active ? "static" : "inactive"), members.c_str());
+    }
+}
+
+void show_fdb(const swsim::Switch &sw) {
+    std::printf("%-17s %-5s %-6s %-5s %s\n", "mac", "vid", "port", "trunk", "kind");
+    for (const auto &e : sw.fdb())
+        std::printf("%-17s %-5d %-6s %-5s %s\n", mac_text(e.mac).c_str(), e.vid, port_text(e.unit0, e.port0).c_str(),
+                    e.trunk0 >= 0 ? ("T" + std::to_string(e.trunk0 + 1)).c_str() : "",
+                    e.is_static ? "static" : "dynamic");
+}
+
+// ---- the command line ------------------------------------------------------------------------
+
+class Tool {
+public:
+    Tool() : app_("Creates and drives a simulated switch (state file shared with the agent).", "swctl") {
+        app_.require_subcommand(1);
+        app_.add_option("--state", state_, "State file (default: $SWSIM_STATE or " +
+                                               std::string(swsim::kDefaultStatePath) + ")")
+            ->default_str(swsim::default_state_path());
+        state_ = swsim::default_state_path();
+        add_create();
+        add_show();
+        add_hardware();
+        add_trunk();
+        add_vlan();
+        add_fdb();
+        add_counters();
+        add_fault();
+        add_journal();
+        add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
+    }
+
+    int run(int argc, char **argv) {
+        try {
+            app_.parse(argc, argv);
+            action_();
+            return 0;
+        } catch (const CLI::CallForHelp &e) {
+            return app_.exit(e);
+        } catch (const CLI::CallForAllHelp &e) {
+            return app_.exit(e);
+        } catch (const CLI::ParseError &e) {
+            std::cerr << "swctl: " << e.what() << " (see swctl --help)\n";
+            return 1;
+        } catch (const std::exception &e) {
+            std::cerr << "swctl: " << e.what() << "\n";
+            return 1;
+        }
+    }
+
+private:
+    using Action = std::function<void(swsim::Switch &)>;
+
+    // A subcommand that works on the live switch.
+    CLI::App *add(CLI::App *parent, const std::string &name, const std::string &help, Action act) {
+        CLI::App *cmd = parent->add_subcommand(name, help);
+        cmd->callback([this, act] {
+            action_ = [this, act] {
+                swsim::Switch sw(state_);
+                act(sw);
+            };
+        });
+        return cmd;
+    }
+    CLI::App *add(const std::string &name, const std::string &help, Action act) { return add(&app_, name, help, act); }
+
+    void add_create() {
+        auto *cmd = app_.add_subcommand("create", "Create the state file from a scenario (switch boots now)");
+        cmd->add_option("scenario", scenario_, "Scenario file (JSON)")->required();
+        cmd->add_flag("--force", force_, "Replace an existing state file");
+        cmd->callback([this] {
+            action_ = [this] {
+                if (!force_ && std::filesystem::exists(state_))
+                    throw Error(state_ + ": exists already (use --force to replace it)");
+                swsim::create_state(state_, scenario_);
+            };
+        });
+    }
+
+    void add_show() {
+        static const std::map<std::string, void (*)(const swsim::Switch &)> views = {
+            {"system", show_system}, {"units", show_units}, {"ports", show_ports},
+            {"trunks", show_trunks}, {"vlans", show_vlans}, {"fdb", show_fdb}};
+        auto *cmd = add("show", "Show the switch: units, ports, trunks, vlans, fdb or system (default)",
+                        [this](swsim::Switch &sw) {
+                            if (what_ != "all") return views.at(what_)(sw);
+                            for (auto &[name, view] : views) {
+                                std::printf("== %s\n", name.c_str());
+                                view(sw);
+                                std::printf("\n");
+                            }
+                        });
+        cmd->add_option("what", what_, "What to show")
+            ->check(CLI::IsMember({"system", "units", "ports", "trunks", "vlans", "fdb", "all"}))
+            ->default_val("system");
+    }
+
+    void add_hardware() {
+        auto *unit = add("unit", "Put a unit into the stack or take it out", [this](swsim::Switch &sw) {
+            sw.set_unit_present(parse_int(a_, "unit number") - 1, b_ == "present");
+        });
+        unit->add_option("unit", a_, "Unit number (1..8)")->required();
+        unit->add_option("state", b_, "present or absent")->required()->check(CLI::IsMember({"present", "absent"}));
+
+        auto *link = add("link", "Plug or unplug a port's link partner", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.set_link(p.unit0, p.port0, b_ == "up");
+        });
+        link->add_option("port", a_, "UNIT/PORT")->required();
+        link->add_option("state", b_, "up or down")->required()->check(CLI::IsMember({"up", "down"}));
+
+        auto *speed = add("speed", "Set the speed and duplex the link partner offers", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.set_link_speed(p.unit0, p.port0, parse_int(b_, "speed in Mbit/s"), !flag_);
+        });
+        speed->add_option("port", a_, "UNIT/PORT")->required();
+        speed->add_option("mbps", b_, "10, 100, 1000 or 10000")->required();
+        speed->add_flag("--half", flag_, "Half duplex");
+
+        auto *admin = add("port", "Enable or disable a port or trunk (Tn), as the operator would", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_, true);
+            sw.set_port_admin(p.unit0, p.port0, b_ == "enable");
+        });
+        admin->add_option("port", a_, "UNIT/PORT or Tn")->required();
+        admin->add_option("state", b_, "enable or disable")->required()->check(CLI::IsMember({"enable", "disable"}));
+
+        auto *sfp = add("sfp", "Fit or pull a port's transceiver", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.set_transceiver(p.unit0, p.port0, b_ == "fitted");
+        });
+        sfp->add_option("port", a_, "UNIT/PORT")->required();
+        sfp->add_option("state", b_, "fitted or pulled")->required()->check(CLI::IsMember({"fitted", "pulled"}));
+    }
+
+    void add_trunk() {
+        auto *trunk = app_.add_subcommand("trunk", "Create, destroy and fill trunks (IDs 1..128)");
+        trunk->require_subcommand(1);
+        auto *create = add(trunk, "create", "Create a trunk", [this](swsim::Switch &sw) {
+            sw.trunk_create(parse_trunk(a_), flag_);
+        });
+        create->add_option("id", a_, "Trunk ID")->required();
+        create->add_flag("--dynamic", flag_, "Formed by LACP");
+        auto *destroy = add(trunk, "destroy", "Destroy a trunk", [this](swsim::Switch &sw) {
+            sw.trunk_destroy(parse_trunk(a_));
+        });
+        destroy->add_option("id", a_, "Trunk ID")->required();
+        for (bool adding : {true, false}) {
+            auto *cmd = add(trunk, adding ? "add" : "remove", adding ? "Add a port to a trunk" : "Remove a port from a trunk",
+                            [this, adding](swsim::Switch &sw) {
+                                auto p = parse_port(b_);
+                                if (adding)
+                                    sw.trunk_add_port(parse_trunk(a_), p.unit0, p.port0);
+                                else
+                                    sw.trunk_remove_port(parse_trunk(a_), p.unit0, p.port0);
+                            });
+            cmd->add_option("id", a_, "Trunk ID")->required();
+            cmd->add_option("port", b_, "UNIT/PORT")->required();
+        }
+    }
+
+    void add_vlan() {
+        auto *vlan = app_.add_subcommand("vlan", "Create, delete and populate VLANs");
+        vlan->require_subcommand(1);
+        auto *create = add(vlan, "create", "Create a VLAN", [this](swsim::Switch &sw) {
+            sw.vlan_create(parse_int(a_, "VLAN ID"), name_, flag_);
+        });
+        create->add_option("vid", a_, "VLAN ID (1..4094)")->required();
+        create->add_option("--name", name_, "VLAN name");
+        create->add_flag("--dynamic", flag_, "Learned by GVRP");
+        auto *del = add(vlan, "delete", "Delete a VLAN", [this](swsim::Switch &sw) { sw.vlan_delete(parse_int(a_, "VLAN ID")); });
+        del->add_option("vid", a_, "VLAN ID")->required();
+        auto *member = add(vlan, "member", "Set a port's or trunk's (Tn) membership", [this](swsim::Switch &sw) {
+            static const std::map<std::string, uint32_t> kinds = {
+                {"tagged", SW_VLAN_TAGGED}, {"untagged", SW_VLAN_UNTAGGED}, {"forbidden", SW_VLAN_FORBIDDEN}, {"none", 0}};
+            auto p = parse_port(b_, true);
+            sw.vlan_set_member(parse_int(a_, "VLAN ID"), p.unit0, p.port0, kinds.at(c_));
+        });
+        member->add_option("vid", a_, "VLAN ID")->required();
+        member->add_option("port", b_, "UNIT/PORT or Tn")->required();
+        member->add_option("kind", c_, "tagged, untagged, forbidden or none")
+            ->required()
+            ->check(CLI::IsMember({"tagged", "untagged", "forbidden", "none"}));
+    }
+
+    void add_fdb() {
+        auto *fdb = app_.add_subcommand("fdb", "Learned address table");
+        fdb->require_subcommand(1);
+        auto *addc = add(fdb, "add", "Add a learned (or --static) address", [this](swsim::Switch &sw) {
+            uint8_t mac[6];
+            parse_mac(a_, mac);
+            auto p = parse_port(c_);
+            sw.fdb_add(mac, parse_int(b_, "VLAN ID"), p.unit0, p.port0, -1, flag_);
+        });
+        addc->add_option("mac", a_, "MAC address aa:bb:cc:dd:ee:ff")->required();
+        addc->add_option("vid", b_, "VLAN ID")->required();
+        addc->add_option("port", c_, "UNIT/PORT (a trunk member puts it on the trunk)")->required();
+        addc->add_flag("--static", flag_, "Static entry");
+        add(fdb, "clear", "Empty the table", [](swsim::Switch &sw) { sw.fdb_clear(); });
+    }
+
+    void add_counters() {
+        auto *counter = add("counter", "Set a port's statistic STAT (0..95) to VALUE", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.set_counter(p.unit0, p.port0, parse_int(b_, "statistic number"), parse_u64(c_, "counter value"));
+        });
+        counter->add_option("port", a_, "UNIT/PORT")->required();
+        counter->add_option("stat", b_, "Statistic number")->required();
+        counter->add_option("value", c_, "Value")->required();
+        auto *traffic = add("traffic", "Offer PPS packets per second each way on a port", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.set_traffic(p.unit0, p.port0, parse_u64(b_, "packet rate"));
+        });
+        traffic->add_option("port", a_, "UNIT/PORT")->required();
+        traffic->add_option("pps", b_, "Packets per second")->required();
+    }
+
+    void add_fault() {
+        auto *fault = app_.add_subcommand("fault", "Make platform calls fail");
+        fault->require_subcommand(1);
+        auto *set = add(fault, "set", "Make CALL return RESULT (negative)", [this](swsim::Switch &sw) {
+            sw.fault_set(a_, parse_int(b_, "result"), times_);
+        });
+        set->add_option("call", a_, "Platform call name, e.g. cfg_set_port_speed")->required();
+        set->add_option("result", b_, "Negative result")->required();
+        set->add_option("--times", times_, "Fail this many times (-1: until cleared)")->default_val(-1);
+        auto *clear = add(fault, "clear", "Clear the fault of CALL, or all", [this](swsim::Switch &sw) { sw.fault_clear(a_); });
+        clear->add_option("call", a_, "Platform call name");
+        add(fault, "list", "List armed faults", [](swsim::Switch &sw) {
+            for (const auto &f : sw.faults())
+                std::printf("%-32s %6d  %s\n", f.call.c_str(), f.result,
+                            f.remaining < 0 ? "until cleared" : (std::to_string(f.remaining) + " more").c_str());
+        });
+    }
+
+    void add_journal() {
+        auto *journal = add("journal", "Record platform calls: on, off, clear or show", [this](swsim::Switch &sw) {
+            if (a_ == "on" || a_ == "off")
+                sw.journal_enable(a_ == "on");
+            else if (a_ == "clear")
+                sw.journal_clear();
+            else
+                for (const auto &e : sw.journal())
+                    std::printf("%8llu %s(%s)\n", (unsigned long long)e.seq, e.call.c_str(), e.args.c_str());
+        });
+        journal->add_option("action", a_, "on, off, clear or show")
+            ->required()
+            ->check(CLI::IsMember({"on", "off", "clear", "show"}));
+    }
+
+    CLI::App app_;
+    std::function<void()> action_;
+    std::string state_, scenario_, what_, name_, a_, b_, c_;
+    bool force_ = false, flag_ = false;
+    int times_ = -1;
+};
+
+}  // namespace
+
+int main(int argc, char **argv) { return Tool().run(argc, argv); }
