@@ -97,10 +97,11 @@ TEST_F(PortTableTest, FlowControlConfigurationAndStatusNumbering) {
 }
 
 TEST_F(PortTableTest, CapabilityBits) {
-    // Copper: 10/100 half+full, 1000 full, pause, asymmetric pause (0x400 alone: bit 9).
-    EXPECT_EQ(caps(1), std::string("\xf6\x40", 2));
-    // The buffer is cleared between calls: the SFP port has bits 5 and 6 only.
-    EXPECT_EQ(caps(26), std::string("\x06\x00", 2));
+    // Copper: 10/100 half+full, 1000 full, and both pause kinds (bit 7 only).
+    EXPECT_EQ(caps(1), std::string("\xf5\x00", 2));
+    // The buffer is cleared between calls: the SFP+ port has bits 5, 6 and
+    // symmetric pause alone (bit 9).
+    EXPECT_EQ(caps(26), std::string("\x06\x40", 2));
 
     // Bits 0, 8, 9 write 0x1 | 0x800 | 0x400, which reads back as bits 0 and 7.
     auto made = calls_of([] { EXPECT_EQ(set_portCapabilities(kTrunk1, bytes("\x80\xc0"), 2), 0); });
@@ -117,6 +118,16 @@ TEST_F(PortTableTest, CapabilityBits) {
 
     sw().fault_set("cfg_get_port_capabilities", -1, 1);
     EXPECT_EQ(caps(1), std::string("\x00\x00", 2));
+}
+
+// Copper, SFP+ and trunk rows read their own types; a code the table does
+// not know reads other(1).
+TEST_F(PortTableTest, PortType) {
+    EXPECT_EQ(get_portType(1), 6);
+    EXPECT_EQ(get_portType(26), 11);
+    EXPECT_EQ(get_portType(kTrunk1), 12);
+    sw().fault_set("cfg_get_port_type_vx7300", -1, 1);
+    EXPECT_EQ(get_portType(1), 1);
 }
 
 TEST_F(PortTableTest, TrunkIndex) {

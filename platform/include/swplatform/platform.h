@@ -171,7 +171,14 @@ int bcmd_snmp_stat_get(int unit0, int port0, int stat, uint64_t *value);
 
 int cfg_get_port_description(int unit0, int port0, char *buf, size_t size);
 int cfg_set_port_description(int unit0, int port0, const char *text);
-int cfg_get_port_type_vx7300(int unit0, int port0); /* type code */
+/* Port type codes. */
+#define SW_PORT_TYPE_100TX 5   /* 100BASE-TX copper */
+#define SW_PORT_TYPE_1000T 7   /* 10/100/1000BASE-T copper */
+#define SW_PORT_TYPE_1000X 10  /* 1000BASE-X SFP cage */
+#define SW_PORT_TYPE_10GX 11   /* 10GBASE-X SFP+ cage */
+#define SW_PORT_TYPE_100FX 12  /* 100BASE-FX fibre */
+#define SW_PORT_TYPE_TRUNK 14  /* port channel */
+int cfg_get_port_type_vx7300(int unit0, int port0); /* SW_PORT_TYPE_* */
 int cfg_get_port_enable(int unit0, int port0, int *enabled);
 int cfg_set_port_enable(int unit0, int port0, int enabled);
 int cfg_get_port_autoneg(int unit0, int port0, int *on);
@@ -185,6 +192,17 @@ int cfg_get_port_pause(int unit0, int port0, int *pause);
 int cfg_set_port_pause(int unit0, int port0, int pause);
 /* MDI state: 1 auto, 2 MDI, 3 MDI-X. */
 int cfg_get_port_mdix(int unit0, int port0, int *mdix);
+/* Capability mask of a port: what it can advertise. */
+#define SW_CAP_10_HALF 0x001u
+#define SW_CAP_10_FULL 0x002u
+#define SW_CAP_100_HALF 0x004u
+#define SW_CAP_100_FULL 0x008u
+#define SW_CAP_1000_HALF 0x010u
+#define SW_CAP_1000_FULL 0x020u
+#define SW_CAP_10G_FULL 0x200u
+#define SW_CAP_PAUSE 0x400u      /* symmetric pause */
+#define SW_CAP_ASYM_PAUSE 0x800u /* asymmetric pause */
+#define SW_CAP_AUTONEG 0x1000u
 int cfg_get_port_capabilities(int unit0, int port0, uint32_t *mask);
 int cfg_set_port_capabilities(int unit0, int port0, uint32_t mask);
 int cfg_get_port_mtu(int unit0, int port0); /* bytes */
