@@ -4,7 +4,6 @@
 // (tables_agent.cpp).  Net-snmp edge.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -35,20 +34,19 @@ public:
     // Row store: add (returns the row, new or existing), remove, find.
     void *create(KeyView key);
     void remove(KeyView key);
-    netsnmp_table_row *find(KeyView key) const;
+    netsnmp_table_row *find(KeyView key);
     size_t row_count() const { return rows_.size(); }
 
+    // The same from the C parameters of the table's row functions.
     template <class Key, class... Args>
     void *create_from(Args... args) {
-        thread_local RowKey key;
-        encode_key<Key>(key, args...);
-        return create(key);
+        encode_key<Key>(scratch_, args...);
+        return create(scratch_);
     }
     template <class Key, class... Args>
     void remove_from(Args... args) {
-        thread_local RowKey key;
-        encode_key<Key>(key, args...);
-        remove(key);
+        encode_key<Key>(scratch_, args...);
+        remove(scratch_);
     }
 
     // The request handler, one call per request batch.
@@ -71,7 +69,18 @@ private:
     const TableDesc *desc_ = nullptr;
     std::vector<const ColumnDesc *> columns_;  // by column number
     netsnmp_table_data *data_ = nullptr;
-    std::map<RowKey, netsnmp_table_row *, KeyLess> rows_;
+    // The rows in index order.  Populations visit rows in index order, so
+    // the row asked for next is usually the one after the last one found:
+    // looking there first makes a population of n existing rows cost O(n);
+    // other lookups are binary searches.
+    struct Row {
+        RowKey key;
+        netsnmp_table_row *row;
+    };
+    std::vector<Row> rows_;
+    size_t last_ = 0;  // position of the row found or added last
+    size_t position(KeyView key) const;  // where the key is or would go
+    RowKey scratch_;  // key buffer of the row functions (agent thread only)
 };
 
 }  // namespace snmpapi

@@ -9,6 +9,7 @@
 
 #include "tables/table_runtime.hpp"
 
+#include <algorithm>
 #include <cstring>
 
 #include "agent/config_lock.hpp"
@@ -92,9 +93,29 @@ void TableRuntime::init() {
     refresh_();
 }
 
-netsnmp_table_row *TableRuntime::find(KeyView key) const {
-    auto it = rows_.find(key);
-    return it == rows_.end() ? nullptr : it->second;
+namespace {
+bool same_key(const RowKey &a, KeyView b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (a[i] != b[i]) return false;
+    return true;
+}
+}  // namespace
+
+size_t TableRuntime::position(KeyView key) const {
+    return std::lower_bound(rows_.begin(), rows_.end(), key,
+                            [](const Row &r, KeyView k) { return KeyLess{}(r.key, k); }) -
+           rows_.begin();
+}
+
+netsnmp_table_row *TableRuntime::find(KeyView key) {
+    size_t at = last_ + 1;
+    if (at >= rows_.size() || !same_key(rows_[at].key, key)) {
+        at = position(key);
+        if (at == rows_.size() || !same_key(rows_[at].key, key)) return nullptr;
+    }
+    last_ = at;
+    return rows_[at].row;
 }
 
 void *TableRuntime::create(KeyView key) {
@@ -114,16 +135,18 @@ void *TableRuntime::create(KeyView key) {
         delete entry;
         return nullptr;
     }
-    rows_.emplace(entry->key, row);
+    last_ = position(key);
+    rows_.insert(rows_.begin() + last_, Row{entry->key, row});
     return row;
 }
 
 void TableRuntime::remove(KeyView key) {
-    auto it = rows_.find(key);
-    if (it == rows_.end()) return;
+    const size_t at = position(key);
+    if (at == rows_.size() || !same_key(rows_[at].key, key)) return;
     SA_DEBUG(name_, "Removing row\n");
-    netsnmp_table_row *row = it->second;
-    rows_.erase(it);
+    netsnmp_table_row *row = rows_[at].row;
+    rows_.erase(rows_.begin() + at);
+    last_ = at > 0 ? at - 1 : 0;
     auto *entry = static_cast<RowEntry *>(netsnmp_table_data_remove_and_delete_row(data_, row));
     delete entry;
 }

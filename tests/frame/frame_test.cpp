@@ -23,6 +23,7 @@
 extern "C" int handle_sysName(netsnmp_mib_handler *, netsnmp_handler_registration *,
                               netsnmp_agent_request_info *, netsnmp_request_info *);
 extern "C" void dot1dBasePortTable_removeEntry(int32_t);
+extern "C" void *dot1dBasePortTable_createEntry(int32_t);
 
 namespace snmpapi {
 int scalar_handler(const ScalarDesc &s, const char *fn, netsnmp_agent_request_info *reqinfo,
@@ -458,6 +459,35 @@ TEST_F(Tables, RowsOfAVanishedUnitGoWhenRead) {
     sw_->set_unit_present(1, true);
     table("dot1dBasePortTable").handle(refresh.info(), refresh.head());
     EXPECT_NE(row("dot1dBasePortTable", 65), nullptr);
+}
+
+// Rows added and removed in any order stay findable and in index order, in
+// our store and in the agent's table data alike.
+TEST_F(Tables, RowStoreKeepsIndexOrderUnderChurn) {
+    std::vector<int32_t> added;
+    std::mt19937 rng(11);
+    for (int i = 0; i < 300; ++i) {
+        const int32_t index = 2000 + int32_t(rng() % 400);
+        void *first = dot1dBasePortTable_createEntry(index);
+        EXPECT_EQ(dot1dBasePortTable_createEntry(index), first) << "an existing row is returned";
+        added.push_back(index);
+    }
+    std::shuffle(added.begin(), added.end(), rng);
+    for (size_t i = 0; i < added.size(); i += 3) dot1dBasePortTable_removeEntry(added[i]);
+    std::set<int32_t> kept;
+    for (size_t i = 0; i < added.size(); ++i)
+        if (i % 3 != 0) kept.insert(added[i]);
+    for (size_t i = 0; i < added.size(); i += 3) kept.erase(added[i]);
+    for (int32_t index : kept) EXPECT_NE(row("dot1dBasePortTable", index), nullptr) << index;
+
+    std::vector<int32_t> listed;
+    auto *rows = static_cast<netsnmp_table_row *>(row("dot1dBasePortTable", 1));
+    while (rows && rows->prev) rows = rows->prev;
+    for (; rows; rows = rows->next) listed.push_back(static_cast<int32_t>(*rows->indexes->val.integer));
+    EXPECT_TRUE(std::is_sorted(listed.begin(), listed.end()));
+    for (int32_t index : kept) EXPECT_TRUE(std::binary_search(listed.begin(), listed.end(), index)) << index;
+    for (int32_t index : kept) dot1dBasePortTable_removeEntry(index);
+    EXPECT_EQ(row("dot1dBasePortTable", *kept.begin()), nullptr);
 }
 
 TEST_F(Tables, RemovingAnUnknownRowIsHarmless) {
