@@ -483,7 +483,7 @@ TEST_F(Tables, RowStoreKeepsIndexOrderUnderChurn) {
     std::vector<int32_t> listed;
     auto *rows = static_cast<netsnmp_table_row *>(row("dot1dBasePortTable", 1));
     while (rows && rows->prev) rows = rows->prev;
-    for (; rows; rows = rows->next) listed.push_back(static_cast<int32_t>(*rows->indexes->val.integer));
+    for (; rows; rows = rows->next) listed.push_back(static_cast<int32_t>(rows->index_oid[0]));
     EXPECT_TRUE(std::is_sorted(listed.begin(), listed.end()));
     for (int32_t index : kept) EXPECT_TRUE(std::binary_search(listed.begin(), listed.end(), index)) << index;
     for (int32_t index : kept) dot1dBasePortTable_removeEntry(index);
