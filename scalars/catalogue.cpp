@@ -43,10 +43,6 @@ constexpr ScalarDesc kScalars[] = {
 
 std::span<const ScalarDesc> all_scalars() { return kScalars; }
 
-const ScalarDesc *find_scalar(std::string_view name) {
-    for (const ScalarDesc &s : kScalars)
-        if (name == s.name) return &s;
-    return nullptr;
-}
+const ScalarDesc *find_scalar(std::string_view name) { return find_named(all_scalars(), name); }
 
 }  // namespace snmpapi

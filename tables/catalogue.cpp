@@ -49,10 +49,6 @@ constexpr TableDesc kTables[] = {
 std::span<const TableDesc> all_tables() { return kTables; }
 std::span<const ColumnDesc> all_columns() { return kColumns; }
 
-const TableDesc *find_table(std::string_view name) {
-    for (const TableDesc &t : kTables)
-        if (name == t.name) return &t;
-    return nullptr;
-}
+const TableDesc *find_table(std::string_view name) { return find_named(all_tables(), name); }
 
 }  // namespace snmpapi

@@ -67,6 +67,14 @@ std::span<const TableDesc> all_tables();
 std::span<const ColumnDesc> all_columns();
 std::span<const ScalarDesc> all_scalars();
 
+// The entry called `name` of a catalogue-made array, or null.
+template <class T>
+const T *find_named(std::span<const T> entries, std::string_view name) {
+    for (const T &e : entries)
+        if (name == e.name) return &e;
+    return nullptr;
+}
+
 const TableDesc *find_table(std::string_view name);
 const ScalarDesc *find_scalar(std::string_view name);
 

@@ -22,10 +22,11 @@ namespace {
 #define SA_TABLE_ENTRY_LATER(name)
 #define SA_TABLE_ENTRY_BUILT(name) {#name, &name##_runtime},
 #define TABLE(name, access, reg, state, ...) SA_TABLE_ENTRY_##state(name)
-constexpr struct {
+struct BuiltTable {
     const char *name;
     TableRuntime *runtime;
-} kBuiltTables[] = {
+};
+constexpr BuiltTable kBuiltTables[] = {
 #include "tables/catalogue.def"
 };
 #undef TABLE
@@ -33,9 +34,8 @@ constexpr struct {
 }  // namespace
 
 TableRuntime *find_runtime(std::string_view name) {
-    for (const auto &t : kBuiltTables)
-        if (name == t.name) return t.runtime;
-    return nullptr;
+    const BuiltTable *t = find_named(std::span<const BuiltTable>(kBuiltTables), name);
+    return t ? t->runtime : nullptr;
 }
 
 }  // namespace snmpapi
