@@ -1,0 +1,156 @@
+#!/usr/bin/env bash
+# Walk speed of the agent on the largest switch (scenarios/max.json: 8 units
+# of 64 ports, 128 trunks), against a reference table served in the same
+# agent by net-snmp's table-data helper with no per-request work
+# (bench/reference_table.c, same row and column count as portTable).
+#
+#   bench/run.sh [REPETITIONS]        (default 5)
+#
+# Builds a Release tree in build-bench/ (BENCH_BUILD_DIR to change it), starts
+# snmpd on a free loopback port with libsnmpdAPI and the reference module,
+# times `snmpbulkwalk -v2c -Cr25 -On` of portTable, of the reference table and
+# of the whole tree the agent serves (1.3.6.1.2.1, and 1.3.6.1.4.1.99999 less
+# the reference subtree), and prints varbinds per second and the ratio of the
+# portTable time to the reference time (target: at most 1.3).  The agent and
+# its temporary files are removed on exit.
+set -euo pipefail
+
+top=$(cd "$(dirname "$0")/.." && pwd)
+build=${BENCH_BUILD_DIR:-$top/build-bench}
+reps=${1:-5}
+scenario=$top/scenarios/max.json
+
+port_table=1.3.6.1.4.1.99999.3.5.201.1.2.1
+reference=1.3.6.1.4.1.99999.999.1
+private=1.3.6.1.4.1.99999
+
+say() { printf '%s\n' "$*" >&2; }
+
+# ---- build -------------------------------------------------------------------
+say "building (Release) in $build"
+cmake -S "$top" -B "$build" -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build "$build" -j2 --target snmpdAPI swctl >/dev/null
+if cmake --build "$build" -j2 --target reference_table >/dev/null 2>&1; then
+  reference_so=$(find "$build" -name libreference_table.so -type f | head -n1)
+else
+  # bench/ is not part of the project build: build the module on its own.
+  cmake -S "$top/bench" -B "$build/bench-reference" -DCMAKE_BUILD_TYPE=Release >/dev/null
+  cmake --build "$build/bench-reference" >/dev/null
+  reference_so=$build/bench-reference/libreference_table.so
+fi
+module=$build/libsnmpdAPI.so
+swctl=$(find "$build" -name swctl -type f -perm -u+x | head -n1)
+[ -f "$module" ] && [ -f "$reference_so" ] && [ -n "$swctl" ] || { say "build products missing"; exit 1; }
+
+# ---- agent -------------------------------------------------------------------
+tmp=$(mktemp -d /tmp/switch-bench-XXXXXX)
+agent_pid=
+stop_agent() {
+  if [ -n "$agent_pid" ] && kill -0 "$agent_pid" 2>/dev/null; then
+    kill "$agent_pid" 2>/dev/null || true
+    for _ in $(seq 50); do kill -0 "$agent_pid" 2>/dev/null || break; sleep 0.1; done
+    kill -9 "$agent_pid" 2>/dev/null || true
+    wait "$agent_pid" 2>/dev/null || true
+  fi
+  agent_pid=
+}
+cleanup() { stop_agent; rm -rf "$tmp"; }
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+export SWSIM_STATE=$tmp/switch.state
+"$swctl" --state "$SWSIM_STATE" create "$scenario" >/dev/null
+
+port=
+snmp_opts=()
+answers() { snmpget -v2c -c public -On -m '' -t 0.2 -r 0 "127.0.0.1:$port" 1.3.6.1.2.1.1.3.0 >/dev/null 2>&1; }
+start_agent() {  # start_agent REFERENCE_ROWS
+  for _ in 1 2 3; do
+    port=$((20000 + RANDOM % 40000))
+    if command -v ss >/dev/null && [ -n "$(ss -Hlun "sport = :$port" 2>/dev/null)" ]; then continue; fi
+    { "$top/scripts/make-snmpd-conf.sh" "$module" "$port"
+      echo "dlmod reference_table $reference_so"; } > "$tmp/snmpd.conf"
+    # shellcheck disable=SC2046
+    REFTABLE_ROWS=$1 REFTABLE_COLUMNS=10 MIBS= \
+      snmpd -f -Lo -C -c "$tmp/snmpd.conf" -p "$tmp/snmpd.pid" $(cat "$top/conf/snmpd-builtins-off") \
+      >>"$tmp/snmpd.log" 2>&1 &
+    agent_pid=$!
+    for _ in $(seq 100); do
+      kill -0 "$agent_pid" 2>/dev/null || break
+      if answers; then snmp_opts=(-v2c -c public -On -m '' -t 10 -r 0 "127.0.0.1:$port"); return 0; fi
+    done
+    stop_agent
+  done
+  say "snmpd did not start; its log:"; cat "$tmp/snmpd.log" >&2; exit 1
+}
+
+count_rows() {  # rows of a table: instances of its first column
+  snmpbulkwalk "${snmp_opts[@]}" -Cr25 "$1.1.$2" 2>/dev/null | grep -c '^\.' || true
+}
+
+start_agent 640
+rows=$(count_rows "$port_table" 2)
+if [ "$rows" -eq 0 ]; then
+  say "portTable shows no row: libsnmpdAPI is not serving it; agent log:"; cat "$tmp/snmpd.log" >&2; exit 1
+fi
+if [ "$(count_rows "$reference" 2)" -ne "$rows" ]; then
+  stop_agent
+  start_agent "$rows"
+fi
+say "agent on udp:127.0.0.1:$port: portTable and the reference table have $rows rows of 10 columns"
+
+# ---- measurements ------------------------------------------------------------
+now_ns() { date +%s%N; }
+
+# walk_roots OID...: walks each root in turn; prints "varbinds nanoseconds".
+walk_roots() {
+  local total=0 t0 t1 n
+  : > "$tmp/walk.out"
+  t0=$(now_ns)
+  for root in "$@"; do snmpbulkwalk "${snmp_opts[@]}" -Cr25 "$root" >> "$tmp/walk.out" 2>/dev/null; done
+  t1=$(now_ns)
+  n=$(grep -c '^\.' "$tmp/walk.out" || true)
+  total=$((t1 - t0))
+  echo "$n $total"
+}
+
+# The top-level arcs under 1.3.6.1.4.1.99999 that hold objects, but the
+# reference table's.
+private_roots() {
+  local next=$private arc
+  while :; do
+    next=$(snmpgetnext "${snmp_opts[@]}" "$next" 2>/dev/null | awk '{print $1}')
+    case "$next" in
+      ."$private".*) ;;
+      *) break ;;
+    esac
+    arc=$(echo "${next#.$private.}" | cut -d. -f1)
+    [ "$arc" = 999 ] || echo "$private.$arc"
+    next=$private.$((arc + 1))
+  done
+}
+mapfile -t whole < <(echo 1.3.6.1.2.1; private_roots)
+
+declare -A label=([port]="portTable" [ref]="reference table" [whole]="whole tree (${whole[*]})")
+declare -A roots=([port]="$port_table" [ref]="$reference" [whole]="${whole[*]}")
+declare -A median_ns count
+for key in port ref whole; do
+  # shellcheck disable=SC2086
+  walk_roots ${roots[$key]} >/dev/null  # warm-up
+  times=()
+  for _ in $(seq "$reps"); do
+    # shellcheck disable=SC2086
+    read -r n ns < <(walk_roots ${roots[$key]})
+    times+=("$ns")
+  done
+  count[$key]=$n
+  median_ns[$key]=$(printf '%s\n' "${times[@]}" | sort -n | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}')
+  best=$(printf '%s\n' "${times[@]}" | sort -n | head -n1)
+  awk -v l="${label[$key]}" -v n="$n" -v m="${median_ns[$key]}" -v b="$best" -v r="$reps" 'BEGIN {
+    printf "%-24s %6d varbinds  median %8.3f s  best %8.3f s  %9.0f varbinds/s  (%d runs)\n",
+           l, n, m / 1e9, b / 1e9, n / (m / 1e9), r }'
+done
+
+awk -v p="${median_ns[port]}" -v r="${median_ns[ref]}" -v pn="${count[port]}" -v rn="${count[ref]}" 'BEGIN {
+  ratio = (p / pn) / (r / rn)
+  printf "portTable / reference time per varbind: %.2f (target <= 1.30): %s\n", ratio, ratio <= 1.3 ? "met" : "NOT met" }'

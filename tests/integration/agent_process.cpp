@@ -1,0 +1,235 @@
+#include "agent_process.hpp"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include <swsim/control.hpp>
+
+#include "snmp_client.hpp"
+
+extern char **environ;
+
+namespace it {
+
+std::string source_dir() { return SOURCE_DIR; }
+std::string module_path() { return MODULE_PATH; }
+
+namespace {
+
+// A loopback UDP port that nothing is bound to right now.
+uint16_t free_udp_port() {
+    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
+    if (fd < 0) throw std::runtime_error("socket: " + std::string(std::strerror(errno)));
+    sockaddr_in a{};
+    a.sin_family = AF_INET;
+    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof a;
+    if (bind(fd, reinterpret_cast<sockaddr *>(&a), sizeof a) != 0 ||
+        getsockname(fd, reinterpret_cast<sockaddr *>(&a), &len) != 0) {
+        close(fd);
+        throw std::runtime_error("bind: " + std::string(std::strerror(errno)));
+    }
+    close(fd);
+    return ntohs(a.sin_port);
+}
+
+std::string read_file(const std::string &path) {
+    std::ifstream in(path);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+// conf/snmpd-builtins-off: the options that keep snmpd's own modules off the
+// OIDs the module serves.
+std::vector<std::string> builtins_off_args() {
+    std::istringstream in(read_file(source_dir() + "/conf/snmpd-builtins-off"));
+    std::vector<std::string> args;
+    for (std::string word; in >> word;) args.push_back(word);
+    return args;
+}
+
+std::vector<std::string> child_environment(const std::string &state_path) {
+    static const char *const kReplaced[] = {"SWSIM_STATE=", "MIBS=", "LD_PRELOAD=", "ASAN_OPTIONS=", "UBSAN_OPTIONS="};
+    std::vector<std::string> env;
+    for (char **e = environ; *e; ++e) {
+        bool replaced = false;
+        for (const char *r : kReplaced) replaced = replaced || std::strncmp(*e, r, std::strlen(r)) == 0;
+        if (!replaced) env.emplace_back(*e);
+    }
+    env.push_back("SWSIM_STATE=" + state_path);
+    env.push_back("MIBS=");
+#ifdef SWITCH_SANITIZE
+    // snmpd itself is not instrumented: the sanitizer runtime must come first.
+    env.push_back(std::string("LD_PRELOAD=") + ASAN_RUNTIME);
+    env.push_back("ASAN_OPTIONS=detect_leaks=0");
+    env.push_back("UBSAN_OPTIONS=print_stacktrace=1");
+#endif
+    return env;
+}
+
+std::vector<char *> c_strings(std::vector<std::string> &v) {
+    std::vector<char *> out;
+    for (std::string &s : v) out.push_back(s.data());
+    out.push_back(nullptr);
+    return out;
+}
+
+}  // namespace
+
+AgentProcess::AgentProcess(const std::string &scenario) {
+    char tmpl[] = "/tmp/switch-it-XXXXXX";
+    if (!mkdtemp(tmpl)) throw std::runtime_error("mkdtemp: " + std::string(std::strerror(errno)));
+    dir_ = tmpl;
+    state_path_ = dir_ + "/switch.state";
+    conf_path_ = dir_ + "/snmpd.conf";
+    log_path_ = dir_ + "/snmpd.log";
+    pid_path_ = dir_ + "/snmpd.pid";
+    try {
+        swsim::create_state(state_path_, source_dir() + "/" + scenario);
+        start();
+    } catch (...) {
+        kill_hard();
+        std::error_code ec;
+        std::filesystem::remove_all(dir_, ec);
+        throw;
+    }
+}
+
+AgentProcess::~AgentProcess() {
+    stop();
+    std::error_code ec;
+    std::filesystem::remove_all(dir_, ec);
+}
+
+void AgentProcess::write_config() {
+    const std::string cmd = "bash '" + source_dir() + "/scripts/make-snmpd-conf.sh' '" + module_path() + "' " +
+                            std::to_string(port_) + " public private > '" + conf_path_ + "'";
+    if (std::system(cmd.c_str()) != 0) throw std::runtime_error("failed: " + cmd);
+}
+
+bool AgentProcess::spawn() {
+    std::vector<std::string> args = {SNMPD_PATH, "-f", "-Lo", "-C", "-c", conf_path_, "-p", pid_path_};
+    for (std::string &a : builtins_off_args()) args.push_back(a);
+    std::vector<std::string> env = child_environment(state_path_);
+    std::vector<char *> argv = c_strings(args), envp = c_strings(env);
+    const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    const int null = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (log < 0 || null < 0) throw std::runtime_error("cannot open " + log_path_);
+    const pid_t parent = getpid();
+
+    pid_ = fork();
+    if (pid_ == 0) {
+        // Only async-signal-safe calls until exec.  The agent dies with the
+        // test process, however that ends.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent) _exit(127);
+        dup2(null, 0);
+        dup2(log, 1);
+        dup2(log, 2);
+        execve(SNMPD_PATH, argv.data(), envp.data());
+        _exit(127);
+    }
+    close(log);
+    close(null);
+    return pid_ > 0;
+}
+
+bool AgentProcess::running() {
+    if (pid_ <= 0) return false;
+    int status = 0;
+    if (waitpid(pid_, &status, WNOHANG) == pid_) {
+        pid_ = -1;
+        return false;
+    }
+    return true;
+}
+
+bool AgentProcess::wait_until_answering() {
+    Session probe(port_, "public", 100, 0);
+    const Oid sys_uptime = parse_oid("1.3.6.1.2.1.1.3.0");
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        if (!running()) return false;
+        if (probe.get({sys_uptime}).answered) return true;
+    }
+    return false;
+}
+
+void AgentProcess::start() {
+    if (running()) return;
+    // The port may be taken between choosing it and snmpd binding it: try again.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        port_ = free_udp_port();
+        write_config();
+        if (!spawn()) throw std::runtime_error("cannot start " + std::string(SNMPD_PATH));
+        if (wait_until_answering()) return;
+        kill_hard();
+    }
+    throw std::runtime_error("snmpd did not answer; log " + log_path_ + ":\n" + read_file(log_path_));
+}
+
+void AgentProcess::reap(int timeout_ms) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    while (pid_ > 0) {
+        int status = 0;
+        const pid_t r = waitpid(pid_, &status, WNOHANG);
+        if (r == pid_ || (r < 0 && errno == ECHILD)) {
+            pid_ = -1;
+            return;
+        }
+        if (std::chrono::steady_clock::now() >= deadline) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+void AgentProcess::stop() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGTERM);
+    reap(5000);
+    kill_hard();
+}
+
+void AgentProcess::kill_hard() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGKILL);
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+}
+
+std::vector<std::string> AgentProcess::log_lines_with(const std::vector<std::string> &marks) const {
+    std::vector<std::string> found;
+    std::istringstream in(read_file(log_path_));
+    for (std::string line; std::getline(in, line);)
+        for (const std::string &m : marks)
+            if (line.find(m) != std::string::npos) {
+                found.push_back(line);
+                break;
+            }
+    return found;
+}
+
+std::vector<std::string> AgentProcess::sanitizer_reports() const {
+    return log_lines_with({"ERROR: AddressSanitizer", "runtime error"});
+}
+
+std::vector<std::string> AgentProcess::startup_problems() const {
+    return log_lines_with({"duplicate registration", "dlsym failed", "dlopen failed"});
+}
+
+}  // namespace it

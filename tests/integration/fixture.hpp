@@ -1,0 +1,143 @@
+// The test fixture: one agent (and one simulated switch) per test suite,
+// shared by the suite's tests, with a read and a write session to it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <swsim/control.hpp>
+
+#include "agent_process.hpp"
+#include "snmp_client.hpp"
+
+namespace it {
+
+// Well-known OIDs.
+namespace oids {
+inline const Oid kSystem = parse_oid("1.3.6.1.2.1.1");
+inline const Oid kSysDescr = child(kSystem, {1, 0});
+inline const Oid kSysObjectId = child(kSystem, {2, 0});
+inline const Oid kSysUpTime = child(kSystem, {3, 0});
+inline const Oid kSysContact = child(kSystem, {4, 0});
+inline const Oid kSysName = child(kSystem, {5, 0});
+inline const Oid kSysLocation = child(kSystem, {6, 0});
+inline const Oid kSysServices = child(kSystem, {7, 0});
+inline const Oid kIfNumber = parse_oid("1.3.6.1.2.1.2.1.0");
+
+inline const Oid kBridge = parse_oid("1.3.6.1.2.1.17");
+inline const Oid kBaseBridgeAddress = parse_oid("1.3.6.1.2.1.17.1.1.0");
+inline const Oid kBaseNumPorts = parse_oid("1.3.6.1.2.1.17.1.2.0");
+inline const Oid kBaseType = parse_oid("1.3.6.1.2.1.17.1.3.0");
+inline const Oid kBasePortEntry = parse_oid("1.3.6.1.2.1.17.1.4.1");  // + column, port
+inline const Oid kTpLearnedEntryDiscards = parse_oid("1.3.6.1.2.1.17.4.1.0");
+inline const Oid kTpAgingTime = parse_oid("1.3.6.1.2.1.17.4.2.0");
+inline const Oid kTpFdbTable = parse_oid("1.3.6.1.2.1.17.4.3");
+inline const Oid kTpPortEntry = parse_oid("1.3.6.1.2.1.17.4.4.1");
+inline const Oid kFdbDynamicCount = parse_oid("1.3.6.1.2.1.17.7.1.2.1.1.2");  // + fdb id
+inline const Oid kQTpFdbTable = parse_oid("1.3.6.1.2.1.17.7.1.2.2");
+
+inline const Oid kPrivate = parse_oid("1.3.6.1.4.1.99999");
+inline const Oid kVxAgInfOid = parse_oid("1.3.6.1.4.1.99999.2.1.1.1.0");
+inline const Oid kPortEntry = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.2.1.1");  // + column, index
+inline const Oid kSwProdDescription = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.1.3.3.0");
+inline const Oid kSwHashConfig = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.1.8.0");
+inline const Oid kSysTimeZoneName = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.20.4.0");
+
+// portTable columns
+enum PortColumn : uint32_t {
+    kPortName = 2,
+    kPortType = 3,
+    kPortSpeedDpxCfg = 4,
+    kPortFlowCtrlCfg = 5,
+    kPortCapabilities = 6,
+    kPortAutonegotiation = 7,
+    kPortTrunkIndex = 11,
+};
+inline Oid port_column(uint32_t column, uint32_t index) { return child(kPortEntry, {column, index}); }
+inline Oid base_port_column(uint32_t column, uint32_t index) {
+    return child(kBasePortEntry, {column, index});
+}
+}  // namespace oids
+
+// The switch's interface index of a port (platform numbering from 0).
+inline uint32_t port_index(int unit0, int port0) { return uint32_t(unit0 * 64 + port0 + 1); }
+inline uint32_t trunk_index(int trunk0) { return uint32_t(513 + trunk0); }
+
+// The indexes of the port rows the switch has now: the ports of the present
+// units, then the configured trunks that have members.
+std::vector<uint32_t> expected_port_rows(const swsim::Switch &sw);
+
+// The last sub-identifier of each varbind whose OID lies under prefix.
+std::vector<uint32_t> row_indexes(const std::vector<VarBind> &walk, const Oid &column_prefix);
+
+template <class Suite>
+class AgentTest : public ::testing::Test {
+protected:
+    static inline std::unique_ptr<AgentProcess> agent_;
+    static inline std::unique_ptr<swsim::Switch> switch_;
+
+    static void SetUpTestSuite() {
+        try {
+            agent_ = std::make_unique<AgentProcess>();
+            switch_ = std::make_unique<swsim::Switch>(agent_->state_path());
+        } catch (const std::exception &e) {
+            agent_.reset();
+            ADD_FAILURE() << "cannot start the agent: " << e.what();
+        }
+    }
+    static void TearDownTestSuite() {
+        if (agent_) {
+            agent_->stop();
+            for (const std::string &line : agent_->sanitizer_reports()) ADD_FAILURE() << "agent log: " << line;
+        }
+        switch_.reset();
+        agent_.reset();
+    }
+
+    void SetUp() override {
+        ASSERT_TRUE(agent_) << "the agent did not start";
+        connect();
+    }
+    void TearDown() override {
+        for (const std::string &line : agent_->sanitizer_reports()) ADD_FAILURE() << "agent log: " << line;
+    }
+
+    // (Re)opens the sessions, for instance after a restart on a new port.
+    void connect() {
+        read_ = std::make_unique<Session>(agent_->port(), "public");
+        write_ = std::make_unique<Session>(agent_->port(), "private");
+    }
+
+    AgentProcess &agent() { return *agent_; }
+    swsim::Switch &sw() { return *switch_; }
+    Session &reader() { return *read_; }
+    Session &writer() { return *write_; }
+
+    // GET of one object that must answer a value.
+    VarBind must_get(const Oid &oid) {
+        Response r = read_->get({oid});
+        EXPECT_TRUE(r.answered) << "no answer to GET " << to_string(oid);
+        EXPECT_EQ(r.error_status, kNoError) << "GET " << to_string(oid);
+        if (r.varbinds.size() != 1) {
+            ADD_FAILURE() << "GET " << to_string(oid) << ": " << r.varbinds.size() << " varbinds";
+            return {};
+        }
+        EXPECT_FALSE(r.varbinds[0].is_exception()) << describe(r.varbinds[0]);
+        return r.varbinds[0];
+    }
+
+    // SET of one object with the write community; answers the error status
+    // (-1 when the agent did not answer).
+    long set_one(const SetValue &value) {
+        Response r = write_->set({value});
+        return r.answered ? r.error_status : -1;
+    }
+
+private:
+    std::unique_ptr<Session> read_, write_;
+};
+
+}  // namespace it

@@ -1,0 +1,103 @@
+// A small SNMPv2c manager over net-snmp's single-session API, for talking to
+// the agent under test: GET, GETNEXT, GETBULK, SET and a bulk walk, each
+// answering the response's error status and its (OID, type, value) list.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace it {
+
+using Oid = std::vector<uint32_t>;
+
+Oid parse_oid(const std::string &dotted);  // "1.3.6.1.2.1.1.5.0"
+std::string to_string(const Oid &oid);
+Oid child(Oid base, std::initializer_list<uint32_t> tail);  // base.tail...
+bool starts_with(const Oid &oid, const Oid &prefix);
+
+// ASN.1 / SNMP value tags as they travel (the net-snmp constants).
+enum Type : uint8_t {
+    kInteger = 0x02,
+    kOctetString = 0x04,
+    kNull = 0x05,
+    kObjectId = 0x06,
+    kIpAddress = 0x40,
+    kCounter32 = 0x41,
+    kGauge32 = 0x42,
+    kTimeTicks = 0x43,
+    kCounter64 = 0x46,
+    kNoSuchObject = 0x80,
+    kNoSuchInstance = 0x81,
+    kEndOfMibView = 0x82,
+};
+
+// SNMP error statuses the tests look for.
+enum ErrorStatus : long {
+    kNoError = 0,
+    kGenErr = 5,
+    kNoAccess = 6,
+    kWrongValue = 10,
+    kNotWritable = 17,
+};
+
+struct VarBind {
+    Oid oid;
+    uint8_t type = kNull;
+    int64_t integer = 0;  // INTEGER, Counter32, Gauge32, TimeTicks, Counter64
+    std::string bytes;    // OCTET STRING, IpAddress
+    Oid objid;            // OBJECT IDENTIFIER
+
+    bool is_exception() const { return type == kNoSuchObject || type == kNoSuchInstance || type == kEndOfMibView; }
+};
+std::string describe(const VarBind &vb);
+
+struct Response {
+    bool answered = false;  // false: timeout or transport error
+    long error_status = 0;
+    long error_index = 0;
+    std::vector<VarBind> varbinds;
+};
+
+// A value to write.
+struct SetValue {
+    Oid oid;
+    uint8_t type;
+    int64_t integer = 0;
+    std::string bytes;
+
+    static SetValue integer32(Oid oid, int64_t value) { return {std::move(oid), kInteger, value, {}}; }
+    static SetValue octets(Oid oid, std::string value) { return {std::move(oid), kOctetString, 0, std::move(value)}; }
+};
+
+class Session {
+public:
+    // timeout_ms per try; retries after the first try.
+    Session(uint16_t port, const std::string &community, int timeout_ms = 2000, int retries = 2);
+    ~Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    Response get(const std::vector<Oid> &oids);
+    Response get_next(const std::vector<Oid> &oids);
+    Response get_bulk(const std::vector<Oid> &oids, int non_repeaters, int max_repetitions);
+    Response set(const std::vector<SetValue> &values);
+
+    // GET of one object; nullopt when the agent did not answer or answered an error status.
+    std::optional<VarBind> get_one(const Oid &oid);
+
+    // Every object of the subtree, by GETBULK (25 repetitions).  The walk
+    // stops at the subtree's end, at endOfMibView, at an error, or at an
+    // OID that does not increase (kept as the last element, so that the
+    // caller sees it).
+    std::vector<VarBind> walk(const Oid &root, int max_repetitions = 25);
+
+private:
+    void *handle_ = nullptr;
+    Response exchange(int command, const std::vector<Oid> &oids, int non_repeaters, int max_repetitions);
+    Response send(void *pdu);
+};
+
+}  // namespace it
