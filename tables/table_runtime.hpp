@@ -58,7 +58,7 @@ public:
 private:
     void bind();  // finds the catalogue entry and the columns
     const ColumnDesc *column(unsigned number) const;
-    void handle_get(netsnmp_request_info *requests);
+    void handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     void handle_reserve1(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     void handle_action(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     bool key_from_indexes(const netsnmp_variable_list *indexes, RowKey &key) const;

@@ -175,7 +175,7 @@ int TableRuntime::handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_in
     config_unlock();
 
     switch (reqinfo->mode) {
-    case MODE_GET: handle_get(requests); break;
+    case MODE_GET: handle_get(reqinfo, requests); break;
     case MODE_SET_RESERVE1: handle_reserve1(reqinfo, requests); break;
     case MODE_SET_ACTION: handle_action(reqinfo, requests); break;
     default: break;  // RESERVE2, COMMIT, FREE, UNDO: the value was written once, in ACTION
@@ -183,7 +183,10 @@ int TableRuntime::handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_in
     return SNMP_ERR_NOERROR;
 }
 
-void TableRuntime::handle_get(netsnmp_request_info *requests) {
+void TableRuntime::handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    // GETNEXT and GETBULK reach here as GETs on the row the helper picked.
+    const netsnmp_pdu *pdu = reqinfo->asp ? reqinfo->asp->pdu : nullptr;
+    const bool walking = pdu && (pdu->command == SNMP_MSG_GETNEXT || pdu->command == SNMP_MSG_GETBULK);
     RowKey key;
     for (netsnmp_request_info *r = requests; r; r = r->next) {
         auto *entry = static_cast<RowEntry *>(netsnmp_extract_table_row_data(r));
@@ -199,6 +202,9 @@ void TableRuntime::handle_get(netsnmp_request_info *requests) {
         key = entry->key;  // the row check may remove the row and its entry
         if (!desc_->exists(key)) {
             SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Index not found.\n");
+            // The row was stale and is gone now.  A walk goes on with the row
+            // after it rather than leaving the table.
+            if (walking) r->requestvb->type = ASN_PRIV_RETRY;
             continue;
         }
         SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Get for row %d\n", info->colnum);

@@ -25,9 +25,9 @@ Oid parse_oid(const std::string &dotted) {
 }
 
 std::string to_string(const Oid &oid) {
-    std::string s;
-    for (uint32_t sub : oid) s += (s.empty() ? "" : ".") + std::to_string(sub);
-    return s;
+    std::ostringstream s;
+    for (size_t i = 0; i < oid.size(); ++i) s << (i ? "." : "") << oid[i];
+    return s.str();
 }
 
 Oid child(Oid base, std::initializer_list<uint32_t> tail) {
