@@ -6,8 +6,8 @@
 // sections; the header records the size of every section so that a file made
 // by a different build is refused instead of misread.
 //
-//   header    magic, layout version, total size, section table; the bytes
-//             at kLockByteBase.. are the cross-process lock bytes
+//   header    magic, layout version, total size, section table; from
+//             kLockBase the cross-process configuration locks (SharedLock)
 //   runtime   hot-path word, clock offset, boot time, fault table, journal
 //             sequence numbers
 //   status    the sw_status_t block handed out by get_status()
@@ -43,8 +43,21 @@ inline constexpr int kJournalSlots = 4096;
 inline constexpr int kFdbCapacity = 32768;
 inline constexpr std::size_t kCallNameSize = 40;
 inline constexpr std::size_t kJournalArgsSize = 208;
-// Cross-process lock i is the byte at kLockByteBase + i of the header page.
-inline constexpr long kLockByteBase = 2048;
+// Cross-process lock i is the SharedLock at kLockBase + i * sizeof(SharedLock)
+// of the header page.  An all-zero SharedLock is free.
+inline constexpr std::size_t kLockBase = 2048;
+inline constexpr int kLockReaderSlots = 63;
+
+// writer:     0 free, else the holder (or the writer waiting for readers to
+//             leave): pid in bits 0-21, bit 31 set while others sleep on it,
+//             the holder's start-time token in bits 32-53.
+// readers[i]: one process's read holds: count in bits 0-19, pid in bits
+//             20-41, start-time token in bits 42-63; 0 unclaimed.
+// Sleepers wait on the low 32 bits of a word (a futex).
+struct SharedLock {
+    uint64_t writer;
+    uint64_t readers[kLockReaderSlots];
+};
 
 enum Section : uint32_t { kRuntime, kStatus, kImage, kHardware, kStats, kFdb, kJournal, kSectionCount };
 inline constexpr const char *kSectionNames[kSectionCount] = {
@@ -64,7 +77,8 @@ struct Header {
     uint32_t reserved;
     SectionRef sections[kSectionCount];
 };
-static_assert(sizeof(Header) < kLockByteBase);
+static_assert(sizeof(Header) <= kLockBase);
+static_assert(kLockBase + CFG_LOCK_COUNT * sizeof(SharedLock) <= kPage);
 
 // ---- runtime ----------------------------------------------------------------
 

@@ -1,11 +1,14 @@
 // The configuration locks: shared between threads and processes, and let go
 // when their holder dies.
 #include <signal.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <future>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "support.hpp"
 
@@ -97,6 +100,151 @@ TEST_F(SwitchTest, ControlChangesWaitForTheAgentsReaders) {
     ASSERT_EQ(lock_free(cfg_lock_table[2]), 0);
     ASSERT_EQ(change.wait_for(5s), std::future_status::ready);
     EXPECT_EQ(get_status()->units[0].ports[0].link, 0u);
+}
+
+// Starts taking the write lock on another thread; the future is ready once it is held.
+std::future<int> write_lock_async(cfg_lock_t *lock) {
+    return std::async(std::launch::async, [lock] {
+        int rc = lock_write(lock);
+        if (rc == 0) lock_free(lock);
+        return rc;
+    });
+}
+
+TEST_F(SwitchTest, AReadLockInAnotherProcessHoldsOffWritersAndDiesWithIt) {
+    Channel held;
+    pid_t child = simtest::fork_child([&] {
+        if (lock_read(cfg_lock_table[1]) != 0) return 1;
+        held.send();
+        pause();
+        return 0;
+    });
+    ASSERT_TRUE(held.receive());
+    auto writer = write_lock_async(cfg_lock_table[1]);
+    EXPECT_EQ(writer.wait_for(300ms), std::future_status::timeout) << "the child holds a read lock";
+    kill(child, SIGKILL);
+    simtest::wait_exit(child);
+    ASSERT_EQ(writer.wait_for(5s), std::future_status::ready) << "the dead reader's hold was taken back";
+    EXPECT_EQ(writer.get(), 0);
+    auto reader = read_lock_async(cfg_lock_table[1]);
+    ASSERT_EQ(reader.wait_for(5s), std::future_status::ready);
+    EXPECT_EQ(reader.get(), 0);
+}
+
+TEST_F(SwitchTest, AWriteLockClaimDiesWithItsWaitingWriter) {
+    ASSERT_EQ(lock_read(cfg_lock_table[3]), 0);
+    pid_t child = simtest::fork_child([&] { return lock_write(cfg_lock_table[3]) == 0 ? 0 : 1; });
+    // Once the child waits for our read lock, new readers queue behind it.
+    std::future<int> queued = read_lock_async(cfg_lock_table[3]);
+    for (int tries = 0; tries < 50 && queued.wait_for(100ms) == std::future_status::ready; ++tries) {
+        EXPECT_EQ(queued.get(), 0);
+        queued = read_lock_async(cfg_lock_table[3]);
+    }
+    ASSERT_EQ(queued.wait_for(0s), std::future_status::timeout) << "readers never queued behind the writer";
+    kill(child, SIGKILL);
+    EXPECT_EQ(simtest::wait_exit(child), -SIGKILL) << "the writer waited for our read lock";
+    ASSERT_EQ(queued.wait_for(5s), std::future_status::ready) << "the dead writer's claim was taken back";
+    EXPECT_EQ(queued.get(), 0);
+    EXPECT_EQ(lock_free(cfg_lock_table[3]), 0);
+    auto writer = write_lock_async(cfg_lock_table[3]);
+    ASSERT_EQ(writer.wait_for(5s), std::future_status::ready);
+    EXPECT_EQ(writer.get(), 0);
+}
+
+TEST_F(SwitchTest, ReadAndWriteLocksExcludeEachOtherAcrossThreads) {
+    cfg_lock_t *lock = cfg_lock_table[0];
+    constexpr int kWrites = 2000;
+    // Written only under the write lock; both halves must agree under a read lock.
+    std::atomic<int> first{0}, second{0};
+    std::atomic<bool> done{false};
+    std::atomic<int> torn{0}, reads{0}, failures{0};
+    auto write_many = [&] {
+        for (int i = 0; i < kWrites; ++i) {
+            if (lock_write(lock) != 0) {
+                ++failures;
+                continue;
+            }
+            int v = first.load(std::memory_order_relaxed);
+            first.store(v + 1, std::memory_order_relaxed);
+            std::this_thread::yield();
+            second.store(second.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+            if (lock_free(lock) != 0) ++failures;
+        }
+    };
+    auto read_many = [&] {
+        while (!done) {
+            if (lock_read(lock) != 0) {
+                ++failures;
+                continue;
+            }
+            int a = first.load(std::memory_order_relaxed);
+            std::this_thread::yield();
+            if (second.load(std::memory_order_relaxed) != a) ++torn;
+            ++reads;
+            if (lock_free(lock) != 0) ++failures;
+        }
+    };
+    std::vector<std::thread> readers;
+    for (int i = 0; i < 3; ++i) readers.emplace_back(read_many);
+    std::thread w1(write_many), w2(write_many);
+    w1.join();
+    w2.join();
+    done = true;
+    for (auto &t : readers) t.join();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(torn, 0) << "a reader saw a write half done";
+    EXPECT_EQ(first, 2 * kWrites) << "writers excluded each other";
+    EXPECT_EQ(second, 2 * kWrites);
+    EXPECT_GT(reads, 0);
+}
+
+TEST_F(SwitchTest, AThreadMayTakeItsReadLockAgainWhileAWriterWaits) {
+    cfg_lock_t *lock = cfg_lock_table[1];
+    ASSERT_EQ(lock_read(lock), 0);
+    auto writer = write_lock_async(lock);
+    ASSERT_EQ(writer.wait_for(300ms), std::future_status::timeout) << "the writer waits for us";
+    alarm(10);  // a nested read queued behind the writer would never return
+    EXPECT_EQ(lock_read(lock), 0);
+    alarm(0);
+    EXPECT_EQ(lock_free(lock), 0);
+    EXPECT_EQ(writer.wait_for(300ms), std::future_status::timeout) << "the first read is still held";
+    EXPECT_EQ(lock_free(lock), 0);
+    ASSERT_EQ(writer.wait_for(5s), std::future_status::ready);
+    EXPECT_EQ(writer.get(), 0);
+    EXPECT_EQ(lock_free(lock), -1);
+}
+
+TEST_F(SwitchTest, AWriteLockIsNotStarvedByReadersInAnotherProcess) {
+    // Two threads of a child pass a read lock between them so that it is never
+    // free: each takes it while the other holds it, then the other lets go
+    // (or after a while, if its partner cannot get in).
+    Channel going;
+    pid_t child = simtest::fork_child([&] {
+        std::atomic<int> turn{0};
+        bool first = true;  // thread a's alone
+        auto relay = [&](int me) {
+            for (;;) {
+                while (turn != me) std::this_thread::yield();
+                if (lock_read(cfg_lock_table[0]) != 0) return;
+                turn = 1 - me;
+                if (me == 0 && std::exchange(first, false)) going.send();
+                auto until = std::chrono::steady_clock::now() + 20ms;
+                while (turn != me && std::chrono::steady_clock::now() < until) std::this_thread::yield();
+                lock_free(cfg_lock_table[0]);
+            }
+        };
+        std::thread a(relay, 0), b(relay, 1);
+        a.join();
+        b.join();
+        return 0;
+    });
+    ASSERT_TRUE(going.receive());
+    auto writer = write_lock_async(cfg_lock_table[0]);
+    EXPECT_EQ(writer.wait_for(5s), std::future_status::ready) << "the writer starved";
+    kill(child, SIGKILL);
+    simtest::wait_exit(child);
+    ASSERT_EQ(writer.wait_for(5s), std::future_status::ready);
+    EXPECT_EQ(writer.get(), 0);
 }
 
 }  // namespace
