@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "model.hpp"
+#include "vlans.hpp"
 #include "util.hpp"
 
 namespace swsim {
@@ -124,6 +125,7 @@ public:
             for (const Field &f : root.at("vlans").items()) vlan_item(f);
         else
             default_vlan();
+        vlans::boot_defaults(v_);
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
