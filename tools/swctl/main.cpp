@@ -149,12 +149,15 @@ void show_trunks(const swsim::Switch &sw) {
 }
 
 void show_vlans(const swsim::Switch &sw) {
-    std::printf("%-5s %-20s %-8s %s\n", "vid", "name", "kind", "members (u untagged, t tagged, f forbidden)");
+    std::printf("%-5s %-20s %-8s %s\n", "vid", "name", "kind", "members (u untagged, t tagged, f forbidden, d dynamic)");
     for (int vid : sw.vlan_ids()) {
         auto v = sw.vlan(vid);
         std::map<char, std::vector<std::pair<int, int>>> by_kind;
         for (const auto &m : v.members) {
-            char k = (m.flags & SW_VLAN_FORBIDDEN) ? 'f' : (m.flags & SW_VLAN_TAGGED) ? 't' : 'u';
+            char k = (m.flags & SW_VLAN_FORBIDDEN) ? 'f'
+                     : (m.flags & SW_VLAN_TAGGED)  ? 't'
+                     : (m.flags & SW_VLAN_UNTAGGED) ? 'u'
+                                                    : 'd';
             by_kind[k].emplace_back(m.unit0, m.port0);
         }
         std::string members;
