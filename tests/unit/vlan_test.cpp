@@ -321,17 +321,6 @@ TEST_F(VlanTest, PortWritesInTheTrunkRangeNeedTheTrunk) {
     }
 }
 
-TEST_F(VlanTest, PortRowsAreThePortsAndNonEmptyTrunks) {
-    init_index_dot1qPortVlanTable(add_int_row);
-    ASSERT_EQ(rows().ints.size(), 29u);
-    EXPECT_EQ(rows().ints.back(), kTrunk2);
-    EXPECT_EQ(exists_entry_dot1qPortVlanTable(1001), 1);
-    sw().trunk_remove_port(1, 0, 26);
-    sw().trunk_remove_port(1, 0, 27);
-    EXPECT_EQ(exists_entry_dot1qPortVlanTable(kTrunk2), 0);
-    EXPECT_EQ(rows().removed, (std::vector<std::string>{"dot1qPortVlanTable 514"}));
-}
-
 // ---- priorities and traffic classes ----------------------------------------
 
 class TrafficClassTest : public SwitchTest {
@@ -392,33 +381,3 @@ TEST_F(TrafficClassTest, DefaultPriorityAndFixedObjects) {
 }  // namespace
 }  // namespace unit
 
-namespace unit {
-namespace {
-
-class VlanStackTest : public SwitchTest {
-protected:
-    std::string scenario() const override {
-        return R"({"units": [{"ports": 28}, {"ports": 28}], "vlans": [{"vid": 1}, {"vid": 10}]})";
-    }
-};
-
-// Unit 2's port 1 is written at octet 32 and read back at octet 8.
-TEST_F(VlanStackTest, MemberListsUseTheWriteAndReadLayouts) {
-    std::vector<uint8_t> list(64, 0);
-    list[32] = 0x80;
-    list[8] = 0x80;  // unit 1 port 64 in the written layout: no such port
-    ASSERT_EQ(set_dot1qVlanStaticEgressPorts(10, list.data(), list.size()), 0);
-    const auto members = sw().vlan(10).members;
-    ASSERT_EQ(members.size(), 1u);
-    EXPECT_EQ(members[0].unit0, 1);
-    EXPECT_EQ(members[0].port0, 0);
-    size_t len = 0;
-    const uint8_t *read = get_dot1qVlanStaticEgressPorts(10, &len);
-    EXPECT_EQ(len, 64u);
-    EXPECT_EQ(read[8], 0x80);
-    EXPECT_EQ(read[32], 0);
-    EXPECT_EQ(read[0], 0);
-}
-
-}  // namespace
-}  // namespace unit
