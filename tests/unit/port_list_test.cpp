@@ -101,6 +101,19 @@ TEST_F(PortListSingleUnit, NegativeVisitEndsTheWalk) {
     EXPECT_EQ(visits, 4);
 }
 
+TEST_F(PortListSingleUnit, WhatIsReadWritesBackTheSamePorts) {
+    const std::set<Port> members{{0, 1}, {0, 8}, {0, 20}, {0, 26}};
+    uint8_t area[pl::kAreaSize];
+    size_t length = 0;
+    pl::read(area, sizeof area, &length, [&](int u, int p) { return members.count({u, p}) != 0; });
+    std::set<Port> written;
+    pl::write_walk(area, length, [&](int u, int p, pl::Bit b) {
+        if (b == pl::Bit::set) written.insert({u, p});
+        return 0;
+    });
+    EXPECT_EQ(written, members);
+}
+
 class PortListStack : public SwitchTest {
 protected:
     // Unit 2 absent; unit 3 has 64 ports.
@@ -127,6 +140,15 @@ TEST_F(PortListStack, ReadUsesEightOctetsPerUnitAndReportsThirtyTwo) {
     EXPECT_EQ(area[16], 0);     // absent unit 2
     EXPECT_EQ(area[31], 0x01);  // unit 3 port 63
     EXPECT_EQ(area[32], 0);     // cleared although not reported by any port
+}
+
+TEST_F(PortListStack, ReadClearsOnlyWhatItIsTold) {
+    uint8_t area[pl::kAreaSize];
+    std::memset(area, 0x55, sizeof area);
+    size_t length = 0;
+    pl::read(area, 16, &length, [](int, int) { return false; });
+    EXPECT_EQ(area[15], 0);
+    EXPECT_EQ(area[16], 0x55);
 }
 
 TEST_F(PortListStack, WriteUsesThirtyTwoOctetsPerUnitAndCountsTheLengthAcrossUnits) {
