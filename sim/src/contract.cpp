@@ -654,9 +654,13 @@ SWSIM_HELPER_CALLS(SWSIM_DEFINE_HELPER_CALL)
 
 // ---- calls written out --------------------------------------------------------------------
 
+// A client that attaches has not seen any VLAN yet: the platform raises the
+// VLAN change flags for it, so that its VLAN tables list every VLAN once
+// (after a restart of the agent as well as at the switch's boot).
 extern "C" int cfg_init(void) {
     int rc = open_platform(false);
     if (rc == 0 && watched()) note_call("cfg_init");
+    if (rc == 0) model::raise_vlan_flags(platform().view);
     return rc;
 }
 

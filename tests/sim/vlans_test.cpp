@@ -88,6 +88,16 @@ TEST_F(SimVlans, LifeCycleAndMembershipRules) {
     EXPECT_EQ(cfg_set_default_priority(0, 3, 8), -1);
 }
 
+TEST_F(SimVlans, AnAttachingClientIsToldOfEveryVlan) {
+    sw_status_t *s = get_status();
+    s->vlan_changed_stack[0] = s->vlan_changed_stack[1] = 0;
+    s->vlan_changed_static = s->vlan_changed_current = s->vlan_changed_private = 0;
+    ASSERT_EQ(cfg_init(), 0);
+    EXPECT_EQ(s->vlan_changed_stack[0] + s->vlan_changed_stack[1] + s->vlan_changed_static +
+                  s->vlan_changed_current + s->vlan_changed_private,
+              5);
+}
+
 TEST_F(SimVlans, SwctlRegistersAndWithdrawsGvrpMembers) {
     auto swctl = [&](const std::string &args) {
         const std::string cmd = std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >/dev/null 2>&1";
