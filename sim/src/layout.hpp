@@ -27,6 +27,7 @@
 
 #include "swplatform/platform.h"
 #include "swplatform/records.hpp"
+#include "layout_traffic.hpp"
 
 namespace swsim::layout {
 
@@ -151,8 +152,10 @@ struct ConfigModel {
     TrunkConfig trunks[SW_MAX_TRUNKS];
     VlanConfig vlans[kVlanSlots];
     uint8_t members[kVlanSlots][kIfaces];  // SW_VLAN_* flags
+    TrafficConfig traffic;  // rate limits, storm control, mirroring
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
+static_assert(kTrafficIfaces == kIfaces);
 
 // ---- hardware -----------------------------------------------------------------
 
@@ -168,6 +171,7 @@ struct PortHardware {
 
 struct Hardware {
     PortHardware ports[kPhysPorts];
+    TrafficHardware traffic;  // queue counter offsets
 };
 
 // ---- statistics ---------------------------------------------------------------
