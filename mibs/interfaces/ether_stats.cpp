@@ -9,31 +9,27 @@
 #include "swplatform/platform.h"
 #include "tables/catalogue.hpp"
 
+// The counter columns of dot3StatsTable and the platform statistic each
+// reads.
+#define SA_DOT3_COUNTERS(X)                        \
+    X(dot3StatsAlignmentErrors, 42)                \
+    X(dot3StatsFCSErrors, 43)                      \
+    X(dot3StatsSingleCollisionFrames, 44)          \
+    X(dot3StatsMultipleCollisionFrames, 45)        \
+    X(dot3StatsSQETestErrors, 46)                  \
+    X(dot3StatsDeferredTransmissions, 47)          \
+    X(dot3StatsLateCollisions, 48)                 \
+    X(dot3StatsExcessiveCollisions, 49)            \
+    X(dot3StatsInternalMacTransmitErrors, 50)      \
+    X(dot3StatsCarrierSenseErrors, 51)             \
+    X(dot3StatsFrameTooLongs, 52)                  \
+    X(dot3StatsInternalMacReceiveErrors, 53)       \
+    X(dot3StatsSymbolErrors, 54)
+
 namespace {
 
-// Platform statistic numbers of the dot3StatsTable counters.
-enum Stat : int {
-    kAlignmentErrors = 42,
-    kFcsErrors = 43,
-    kSingleCollisions = 44,
-    kMultipleCollisions = 45,
-    kSqeTestErrors = 46,
-    kDeferredTransmissions = 47,
-    kLateCollisions = 48,
-    kExcessiveCollisions = 49,
-    kInternalMacTxErrors = 50,
-    kCarrierSenseErrors = 51,
-    kFrameTooLongs = 52,
-    kInternalMacRxErrors = 53,
-    kSymbolErrors = 54,
-    kInUnknownOpcodes = 55,
-};
-
-// A VLAN interface has no Ethernet counters: 0 without asking the platform.
-uint32_t ether_counter(int32_t i, Stat stat) {
-    if (ifindex_is_vlan(i)) return 0;
-    return port_stat_low32(ifindex_to_unit0(i), ifindex_to_port0(i), stat);
-}
+// Unknown MAC control opcodes received.
+constexpr int kInUnknownOpcodes = 55;
 
 // dot3StatsDuplexStatus: unknown(1), halfDuplex(2), fullDuplex(3).
 enum Duplex : int32_t { kDuplexUnknown = 1, kHalfDuplex = 2, kFullDuplex = 3 };
@@ -48,19 +44,10 @@ int init_index_dot3StatsTable(void *(*create)(int32_t)) { return ifindex_populat
 int exists_entry_dot3StatsTable(int32_t i) { return ifindex_row_exists(i, dot3StatsTable_removeEntry); }
 
 int32_t get_dot3StatsIndex(int32_t i) { return i; }
-uint32_t get_dot3StatsAlignmentErrors(int32_t i) { return ether_counter(i, kAlignmentErrors); }
-uint32_t get_dot3StatsFCSErrors(int32_t i) { return ether_counter(i, kFcsErrors); }
-uint32_t get_dot3StatsSingleCollisionFrames(int32_t i) { return ether_counter(i, kSingleCollisions); }
-uint32_t get_dot3StatsMultipleCollisionFrames(int32_t i) { return ether_counter(i, kMultipleCollisions); }
-uint32_t get_dot3StatsSQETestErrors(int32_t i) { return ether_counter(i, kSqeTestErrors); }
-uint32_t get_dot3StatsDeferredTransmissions(int32_t i) { return ether_counter(i, kDeferredTransmissions); }
-uint32_t get_dot3StatsLateCollisions(int32_t i) { return ether_counter(i, kLateCollisions); }
-uint32_t get_dot3StatsExcessiveCollisions(int32_t i) { return ether_counter(i, kExcessiveCollisions); }
-uint32_t get_dot3StatsInternalMacTransmitErrors(int32_t i) { return ether_counter(i, kInternalMacTxErrors); }
-uint32_t get_dot3StatsCarrierSenseErrors(int32_t i) { return ether_counter(i, kCarrierSenseErrors); }
-uint32_t get_dot3StatsFrameTooLongs(int32_t i) { return ether_counter(i, kFrameTooLongs); }
-uint32_t get_dot3StatsInternalMacReceiveErrors(int32_t i) { return ether_counter(i, kInternalMacRxErrors); }
-uint32_t get_dot3StatsSymbolErrors(int32_t i) { return ether_counter(i, kSymbolErrors); }
+#define SA_DOT3_COUNTER_GETTER(column, stat) \
+    uint32_t get_##column(int32_t i) { return ifindex_stat_low32(i, stat); }
+SA_DOT3_COUNTERS(SA_DOT3_COUNTER_GETTER)
+#undef SA_DOT3_COUNTER_GETTER
 
 // The MAC chip is not identified: the null identifier 0.0.
 const uint32_t *get_dot3StatsEtherChipSet(int32_t, size_t *len) {
@@ -98,7 +85,7 @@ const uint8_t *get_dot3ControlFunctionsSupported(int32_t, size_t *len) {
     *len = sizeof none;
     return none;
 }
-uint32_t get_dot3ControlInUnknownOpcodes(int32_t i) { return ether_counter(i, kInUnknownOpcodes); }
+uint32_t get_dot3ControlInUnknownOpcodes(int32_t i) { return ifindex_stat_low32(i, kInUnknownOpcodes); }
 
 int init_index_dot3PauseTable(void *(*)(int32_t)) { return 0; }
 int exists_entry_dot3PauseTable(int32_t) { return 1; }

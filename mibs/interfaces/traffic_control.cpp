@@ -79,6 +79,12 @@ int32_t limit_burst(int32_t i, const RateCalls &c) {
     return c.get_burst(p.unit0, p.port0, &burst) == 0 ? static_cast<int32_t>(burst) : 0;
 }
 
+// A rate or burst goes to the platform as it is.
+int limit_write(int32_t i, int (*set)(int, int, uint32_t), int32_t value) {
+    const Port p(i);
+    return set(p.unit0, p.port0, static_cast<uint32_t>(value));
+}
+
 // ---- queue counters -----------------------------------------------------------
 
 using QueueCall = int (*)(int, int, uint64_t *, size_t);
@@ -119,26 +125,14 @@ int32_t get_rlPortOutputStatus(int32_t i) { return limit_status(i, kEgress); }
 int set_rlPortOutputStatus(int32_t i, int32_t value) { return set_limit_status(i, value, kEgress); }
 
 int32_t get_rlPortInputRate(int32_t i) { return limit_rate(i, kIngress); }
-int set_rlPortInputRate(int32_t i, int32_t value) {
-    const Port p(i);
-    return cfg_set_port_rate_ingress(p.unit0, p.port0, static_cast<uint32_t>(value));
-}
+int set_rlPortInputRate(int32_t i, int32_t value) { return limit_write(i, kIngress.set_rate, value); }
 int32_t get_rlPortOutputRate(int32_t i) { return limit_rate(i, kEgress); }
-int set_rlPortOutputRate(int32_t i, int32_t value) {
-    const Port p(i);
-    return cfg_set_port_rate_egress(p.unit0, p.port0, static_cast<uint32_t>(value));
-}
+int set_rlPortOutputRate(int32_t i, int32_t value) { return limit_write(i, kEgress.set_rate, value); }
 
 int32_t get_rlPortInputBurst(int32_t i) { return limit_burst(i, kIngress); }
-int set_rlPortInputBurst(int32_t i, int32_t value) {
-    const Port p(i);
-    return cfg_set_port_burst_ingress(p.unit0, p.port0, static_cast<uint32_t>(value));
-}
+int set_rlPortInputBurst(int32_t i, int32_t value) { return limit_write(i, kIngress.set_burst, value); }
 int32_t get_rlPortOutputBurst(int32_t i) { return limit_burst(i, kEgress); }
-int set_rlPortOutputBurst(int32_t i, int32_t value) {
-    const Port p(i);
-    return cfg_set_port_burst_egress(p.unit0, p.port0, static_cast<uint32_t>(value));
-}
+int set_rlPortOutputBurst(int32_t i, int32_t value) { return limit_write(i, kEgress.set_burst, value); }
 
 // ---- bcastStormTable --------------------------------------------------------------
 

@@ -64,24 +64,26 @@ TEST_F(TransceiversTest, OpticalPowerInDecibelsAndTenths) {
 }
 
 TEST_F(TransceiversTest, TemperatureVoltageAndBias) {
-    fit(-5, 33000, 65, 5000, 5000);
-    EXPECT_EQ(read(get_ddTransceiversTemperature), "-5C");
-    EXPECT_EQ(get_ddTransceiversTemperatureValue(kPort), -5);
-    EXPECT_EQ(read(get_ddTransceiversVcc3v3), "3.3V");
-    EXPECT_EQ(get_ddTransceiversVcc3v3Value(kPort), 33);
-    EXPECT_EQ(read(get_ddTransceiversTxBias), "6.5mA");
-    EXPECT_EQ(get_ddTransceiversTxBiasValue(kPort), 65);
-
-    // Volts are truncated, not rounded; whole milliamperes show ".0".
-    fit(85, 32999, 1200, 5000, 5000);
-    EXPECT_EQ(read(get_ddTransceiversTemperature), "85C");
-    EXPECT_EQ(read(get_ddTransceiversVcc3v3), "3.2V");
-    EXPECT_EQ(get_ddTransceiversVcc3v3Value(kPort), 32);
-    EXPECT_EQ(read(get_ddTransceiversTxBias), "120.0mA");
-    EXPECT_EQ(get_ddTransceiversTxBiasValue(kPort), 1200);
-    fit(0, 65535, 65535, 5000, 5000);
-    EXPECT_EQ(read(get_ddTransceiversVcc3v3), "6.5V");
-    EXPECT_EQ(read(get_ddTransceiversTxBias), "6553.5mA");
+    struct Case {
+        int32_t temperature;
+        uint16_t voltage, bias;  // 100 microvolts, 0.1 mA
+        const char *temperature_text, *voltage_text, *bias_text;
+        int32_t voltage_tenths;
+    };
+    const Case cases[] = {
+        {-5, 33000, 65, "-5C", "3.3V", "6.5mA", 33},
+        {85, 32999, 1200, "85C", "3.2V", "120.0mA", 32},  // volts truncated, not rounded
+        {0, 65535, 65535, "0C", "6.5V", "6553.5mA", 65},
+    };
+    for (const Case &c : cases) {
+        fit(c.temperature, c.voltage, c.bias, 5000, 5000);
+        EXPECT_EQ(read(get_ddTransceiversTemperature), c.temperature_text);
+        EXPECT_EQ(get_ddTransceiversTemperatureValue(kPort), c.temperature);
+        EXPECT_EQ(read(get_ddTransceiversVcc3v3), c.voltage_text);
+        EXPECT_EQ(get_ddTransceiversVcc3v3Value(kPort), c.voltage_tenths);
+        EXPECT_EQ(read(get_ddTransceiversTxBias), c.bias_text);
+        EXPECT_EQ(get_ddTransceiversTxBiasValue(kPort), c.bias);
+    }
 }
 
 TEST_F(TransceiversTest, RowsAreThePortsWhoseTransceiverReportsDiagnostics) {
