@@ -9,6 +9,7 @@
 #include "agent/ifindex.hpp"
 #include "scalars/catalogue.hpp"
 #include "swplatform/platform.h"
+#include "swplatform/records_traffic.hpp"
 #include "tables/catalogue.hpp"
 
 namespace {
@@ -87,15 +88,15 @@ int limit_write(int32_t i, int (*set)(int, int, uint32_t), int32_t value) {
 
 // ---- queue counters -----------------------------------------------------------
 
-using QueueCall = int (*)(int, int, uint64_t *, size_t);
+using QueueCall = int (*)(int, int, uint8_t *, size_t);
 
+// One platform call per read; a failed call leaves the area cleared: 0.
 uint64_t queue_counter(int32_t i, int32_t queue, QueueCall call) {
-    uint64_t counters[SW_QUEUES] = {};
-    static_assert(sizeof counters == SW_QUEUE_AREA_SIZE);
+    uint8_t area[swp::queue_area::kSize] = {};
     const Port p(i);
-    call(p.unit0, p.port0, counters, sizeof counters);
+    call(p.unit0, p.port0, area, sizeof area);
     // Rows carry queues 0 .. 7 only.
-    return queue >= 0 && queue < SW_QUEUES ? counters[queue] : 0;
+    return queue >= 0 && queue < SW_QUEUES ? swp::queue_area::load(area, std::size_t(queue)) : 0;
 }
 
 // The interface index model adds and removes rows by interface index alone;

@@ -604,10 +604,10 @@ using helpers::strncpy_safe;
     X(int, cfg_set_port_rate_bcast_enable, (int unit0, int port0, uint8_t on), (unit0, port0, on), -1)  \
     X(int, cfg_get_port_rate_bcast_value, (int unit0, int port0, uint32_t *pps), (unit0, port0, pps), -1) \
     X(int, cfg_set_port_rate_bcast_value, (int unit0, int port0, uint32_t pps), (unit0, port0, pps), -1) \
-    X(int, cfg_get_queue_pkts_cnt, (int unit0, int port0, uint64_t *c, size_t size), (unit0, port0, c, size), -1) \
-    X(int, cfg_get_queue_bytes_cnt, (int unit0, int port0, uint64_t *c, size_t size), (unit0, port0, c, size), -1) \
-    X(int, cfg_get_queue_dropped_pkts, (int unit0, int port0, uint64_t *c, size_t size), (unit0, port0, c, size), -1) \
-    X(int, cfg_get_queue_dropped_bytes, (int unit0, int port0, uint64_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_pkts_cnt, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_bytes_cnt, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_dropped_pkts, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_dropped_bytes, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
     X(int, cfg_get_port_mirror, (int unit0, int port0, int *mode), (unit0, port0, mode), -1)            \
     X(int, cfg_set_port_mirror, (int unit0, int port0, int mode), (unit0, port0, mode), -1)             \
     X(int, cfg_get_mirror_to, (int *unit0, int *port0), (unit0, port0), -1)                            \

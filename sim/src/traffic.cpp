@@ -10,6 +10,7 @@
 #include <string>
 
 #include "model.hpp"
+#include "swplatform/records_traffic.hpp"
 #include "util.hpp"
 
 namespace swsim::traffic {
@@ -95,12 +96,12 @@ bool is_mirror_destination(const View &v, int iface) {
            iface == model::phys_index(t.mirror_to_unit0, t.mirror_to_port0);
 }
 
-// Fills the eight counters of one kind for a port or trunk.
-int queue_counters(const View &v, int unit0, int port0, int kind, uint64_t *counters, size_t size) {
-    if (!counters || size < SW_QUEUE_AREA_SIZE) return -1;
+// Fills the counter area of one kind for a port or trunk.
+int queue_counters(const View &v, int unit0, int port0, int kind, uint8_t *area, size_t size) {
+    if (!area || size < swp::queue_area::kSize) return -1;
     const int iface = model::iface_of(v, unit0, port0);
     if (iface < 0) return -1;
-    for (int q = 0; q < SW_QUEUES; ++q) counters[q] = queue_counter(v, iface, kind, q);
+    for (int q = 0; q < SW_QUEUES; ++q) swp::queue_area::store(area, std::size_t(q), queue_counter(v, iface, kind, q));
     return 0;
 }
 
@@ -170,17 +171,17 @@ int cfg_set_port_rate_bcast_value(const View &v, int unit0, int port0, uint32_t 
     });
 }
 
-int cfg_get_queue_pkts_cnt(const View &v, int unit0, int port0, uint64_t *counters, size_t size) {
-    return queue_counters(v, unit0, port0, Switch::kSentPackets, counters, size);
+int cfg_get_queue_pkts_cnt(const View &v, int unit0, int port0, uint8_t *area, size_t size) {
+    return queue_counters(v, unit0, port0, Switch::kSentPackets, area, size);
 }
-int cfg_get_queue_bytes_cnt(const View &v, int unit0, int port0, uint64_t *counters, size_t size) {
-    return queue_counters(v, unit0, port0, Switch::kSentBytes, counters, size);
+int cfg_get_queue_bytes_cnt(const View &v, int unit0, int port0, uint8_t *area, size_t size) {
+    return queue_counters(v, unit0, port0, Switch::kSentBytes, area, size);
 }
-int cfg_get_queue_dropped_pkts(const View &v, int unit0, int port0, uint64_t *counters, size_t size) {
-    return queue_counters(v, unit0, port0, Switch::kDroppedPackets, counters, size);
+int cfg_get_queue_dropped_pkts(const View &v, int unit0, int port0, uint8_t *area, size_t size) {
+    return queue_counters(v, unit0, port0, Switch::kDroppedPackets, area, size);
 }
-int cfg_get_queue_dropped_bytes(const View &v, int unit0, int port0, uint64_t *counters, size_t size) {
-    return queue_counters(v, unit0, port0, Switch::kDroppedBytes, counters, size);
+int cfg_get_queue_dropped_bytes(const View &v, int unit0, int port0, uint8_t *area, size_t size) {
+    return queue_counters(v, unit0, port0, Switch::kDroppedBytes, area, size);
 }
 
 int cfg_get_port_mirror(const View &v, int unit0, int port0, int *mode) {

@@ -28,10 +28,10 @@ int cfg_get_port_rate_bcast_enable(const View &v, int unit0, int port0, uint8_t 
 int cfg_set_port_rate_bcast_enable(const View &v, int unit0, int port0, uint8_t enabled);
 int cfg_get_port_rate_bcast_value(const View &v, int unit0, int port0, uint32_t *pps);
 int cfg_set_port_rate_bcast_value(const View &v, int unit0, int port0, uint32_t pps);
-int cfg_get_queue_pkts_cnt(const View &v, int unit0, int port0, uint64_t *counters, size_t size);
-int cfg_get_queue_bytes_cnt(const View &v, int unit0, int port0, uint64_t *counters, size_t size);
-int cfg_get_queue_dropped_pkts(const View &v, int unit0, int port0, uint64_t *counters, size_t size);
-int cfg_get_queue_dropped_bytes(const View &v, int unit0, int port0, uint64_t *counters, size_t size);
+int cfg_get_queue_pkts_cnt(const View &v, int unit0, int port0, uint8_t *area, size_t size);
+int cfg_get_queue_bytes_cnt(const View &v, int unit0, int port0, uint8_t *area, size_t size);
+int cfg_get_queue_dropped_pkts(const View &v, int unit0, int port0, uint8_t *area, size_t size);
+int cfg_get_queue_dropped_bytes(const View &v, int unit0, int port0, uint8_t *area, size_t size);
 int cfg_get_port_mirror(const View &v, int unit0, int port0, int *mode);
 int cfg_set_port_mirror(const View &v, int unit0, int port0, int mode);
 int cfg_get_mirror_to(const View &v, int *unit0, int *port0);

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 #include "support.hpp"
 
@@ -98,8 +99,12 @@ TEST_F(Traffic, QueueCountersFollowThePortsLoad) {
 }
 
 TEST_F(Traffic, PlatformRefusesWhatItCannotDo) {
-    uint64_t area[SW_QUEUES];
-    EXPECT_EQ(cfg_get_queue_pkts_cnt(0, 0, area, sizeof area - 1), -1);
+    // The area holds big-endian words, queue 0 first, whatever the host.
+    sw_->set_queue_counter(0, 1, Switch::kSentPackets, 1, 0x0102030405060708ull);
+    uint8_t area[SW_QUEUE_AREA_SIZE];
+    EXPECT_EQ(cfg_get_queue_pkts_cnt(0, 1, area, sizeof area - 1), -1);
+    ASSERT_EQ(cfg_get_queue_pkts_cnt(0, 1, area, sizeof area), 0);
+    EXPECT_EQ(std::vector<uint8_t>(area + 8, area + 16), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8}));
     EXPECT_EQ(cfg_get_queue_pkts_cnt(0, 512 + 5, area, sizeof area), -1) << "trunk 6 is not configured";
     EXPECT_EQ(cfg_get_queue_pkts_cnt(0, 512, area, sizeof area), 0);
     uint32_t value = 77;

@@ -51,17 +51,18 @@ int cfg_get_port_rate_bcast_value(int unit0, int port0, uint32_t *pps);
 int cfg_set_port_rate_bcast_value(int unit0, int port0, uint32_t pps);
 
 /* ---- Egress queue counters -----------------------------------------------
- * Each call fills counters[0 .. SW_QUEUES - 1] (queue 0 first) with 64-bit
- * counts; size is the area's size in bytes and must be at least
- * SW_QUEUE_AREA_SIZE.  A trunk counts what its members count.
+ * Each call fills an area of SW_QUEUE_AREA_SIZE bytes: eight 64-bit counts,
+ * queue 0 first, big-endian (records_traffic.hpp gives the layout); size is
+ * the area's size in bytes and must be at least SW_QUEUE_AREA_SIZE.  A trunk
+ * counts what its members count.
  */
 #define SW_QUEUES 8
 #define SW_QUEUE_AREA_SIZE (SW_QUEUES * 8)
 
-int cfg_get_queue_pkts_cnt(int unit0, int port0, uint64_t *counters, size_t size);
-int cfg_get_queue_bytes_cnt(int unit0, int port0, uint64_t *counters, size_t size);
-int cfg_get_queue_dropped_pkts(int unit0, int port0, uint64_t *counters, size_t size);
-int cfg_get_queue_dropped_bytes(int unit0, int port0, uint64_t *counters, size_t size);
+int cfg_get_queue_pkts_cnt(int unit0, int port0, uint8_t *area, size_t size);
+int cfg_get_queue_bytes_cnt(int unit0, int port0, uint8_t *area, size_t size);
+int cfg_get_queue_dropped_pkts(int unit0, int port0, uint8_t *area, size_t size);
+int cfg_get_queue_dropped_bytes(int unit0, int port0, uint8_t *area, size_t size);
 
 /* ---- Port mirroring ------------------------------------------------------
  * What a port or trunk copies to the mirror destination port.  The
