@@ -30,6 +30,7 @@
 #include "hooks.hpp"
 #include "locks.hpp"
 #include "model.hpp"
+#include "traffic.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -505,6 +506,10 @@ int cfg_set_mac_ageing(const View &v, int seconds) {
 namespace impl {
 using namespace swsim::vlans_impl;
 }  // namespace impl
+// The traffic controls live in traffic.cpp.
+namespace impl {
+using namespace traffic::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -608,7 +613,32 @@ using helpers::strncpy_safe;
     X(int, cfg_get_vlan_dhcp_client, (int vid), (vid), -1)                                              \
     X(int, cfg_set_vlan_dhcp_client, (int on), (on), -1)                                                \
     X(int, cfg_get_default_priority, (int unit0, int port0), (unit0, port0), -1)                        \
-    X(int, cfg_set_default_priority, (int unit0, int port0, int priority), (unit0, port0, priority), -1)
+    X(int, cfg_set_default_priority, (int unit0, int port0, int priority), (unit0, port0, priority), -1) \
+    /* traffic controls */                                                                             \
+    X(int, cfg_get_port_rate_ingress, (int unit0, int port0, uint32_t *kbps), (unit0, port0, kbps), -1) \
+    X(int, cfg_set_port_rate_ingress, (int unit0, int port0, uint32_t kbps), (unit0, port0, kbps), -1)  \
+    X(int, cfg_get_port_burst_ingress, (int unit0, int port0, uint32_t *kb), (unit0, port0, kb), -1)    \
+    X(int, cfg_set_port_burst_ingress, (int unit0, int port0, uint32_t kb), (unit0, port0, kb), -1)     \
+    X(int, cfg_set_default_port_rate_ingress, (int unit0, int port0), (unit0, port0), -1)               \
+    X(int, cfg_set_default_port_burst_ingress, (int unit0, int port0), (unit0, port0), -1)              \
+    X(int, cfg_get_port_rate_egress, (int unit0, int port0, uint32_t *kbps), (unit0, port0, kbps), -1)  \
+    X(int, cfg_set_port_rate_egress, (int unit0, int port0, uint32_t kbps), (unit0, port0, kbps), -1)   \
+    X(int, cfg_get_port_burst_egress, (int unit0, int port0, uint32_t *kb), (unit0, port0, kb), -1)     \
+    X(int, cfg_set_port_burst_egress, (int unit0, int port0, uint32_t kb), (unit0, port0, kb), -1)      \
+    X(int, cfg_set_default_port_rate_egress, (int unit0, int port0), (unit0, port0), -1)                \
+    X(int, cfg_set_default_port_burst_egress, (int unit0, int port0), (unit0, port0), -1)               \
+    X(int, cfg_get_port_rate_bcast_enable, (int unit0, int port0, uint8_t *on), (unit0, port0, on), -1) \
+    X(int, cfg_set_port_rate_bcast_enable, (int unit0, int port0, uint8_t on), (unit0, port0, on), -1)  \
+    X(int, cfg_get_port_rate_bcast_value, (int unit0, int port0, uint32_t *pps), (unit0, port0, pps), -1) \
+    X(int, cfg_set_port_rate_bcast_value, (int unit0, int port0, uint32_t pps), (unit0, port0, pps), -1) \
+    X(int, cfg_get_queue_pkts_cnt, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_bytes_cnt, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_dropped_pkts, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_dropped_bytes, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_port_mirror, (int unit0, int port0, int *mode), (unit0, port0, mode), -1)            \
+    X(int, cfg_set_port_mirror, (int unit0, int port0, int mode), (unit0, port0, mode), -1)             \
+    X(int, cfg_get_mirror_to, (int *unit0, int *port0), (unit0, port0), -1)                            \
+    X(int, cfg_set_mirror_to, (int unit0, int port0), (unit0, port0), -1)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

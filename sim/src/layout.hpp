@@ -28,6 +28,7 @@
 #include "swplatform/platform.h"
 #include "swplatform/records.hpp"
 #include "layout_vlans.hpp"
+#include "layout_traffic.hpp"
 
 namespace swsim::layout {
 
@@ -153,8 +154,10 @@ struct ConfigModel {
     VlanConfig vlans[kVlanSlots];
     uint8_t members[kVlanSlots][kIfaces];  // SW_VLAN_* flags
     VlanSettings vlan_settings;
+    TrafficConfig traffic;  // rate limits, storm control, mirroring
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
+static_assert(kTrafficIfaces == kIfaces);
 
 // ---- hardware -----------------------------------------------------------------
 
@@ -170,6 +173,7 @@ struct PortHardware {
 
 struct Hardware {
     PortHardware ports[kPhysPorts];
+    TrafficHardware traffic;  // queue counter offsets
 };
 
 // ---- statistics ---------------------------------------------------------------
