@@ -78,6 +78,7 @@ public:
 private:
     void bind();  // finds the catalogue entry and the columns
     const ColumnDesc *column(unsigned number) const;
+    netsnmp_column_info *valid_columns() const;
     void handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     void handle_reserve1(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     void handle_action(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);

@@ -71,6 +71,28 @@ const ColumnDesc *TableRuntime::column(unsigned number) const {
     return number < columns_.size() ? columns_[number] : nullptr;
 }
 
+// The catalogued columns, so that a walk steps over the column numbers that
+// the MIB leaves unused (dot3StatsTable has no column 12) instead of leaving
+// the table there.  Tables are never unregistered: the list lives on.
+netsnmp_column_info *TableRuntime::valid_columns() const {
+    std::vector<unsigned> numbers;
+    for (unsigned n = desc_->lowest_column; n < columns_.size(); ++n)
+        if (columns_[n]) numbers.push_back(n);
+    if (numbers.empty() || numbers.size() > 127) return nullptr;  // list_count is a char
+    auto *info = SNMP_MALLOC_TYPEDEF(netsnmp_column_info);
+    auto *list = static_cast<unsigned *>(calloc(numbers.size(), sizeof(unsigned)));
+    if (!info || !list) {
+        free(info);
+        free(list);
+        return nullptr;
+    }
+    std::copy(numbers.begin(), numbers.end(), list);
+    info->isRange = 0;
+    info->list_count = char(numbers.size());
+    info->details.list = list;
+    return info;
+}
+
 void TableRuntime::init() {
     bind();
     if (!desc_) return;
@@ -86,6 +108,7 @@ void TableRuntime::init() {
     if (info) {
         info->min_column = desc_->lowest_column;
         info->max_column = desc_->highest_column;
+        info->valid_columns = valid_columns();
     }
     data_ = netsnmp_create_table_data(name_);
     netsnmp_register_table_data(reg, data_, info);
@@ -200,6 +223,10 @@ void TableRuntime::handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_reque
             store_value(r->requestvb, col->get(key));
         } else {
             SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Column %d not found\n", info->colnum);
+            // The helper stepped into a column number the MIB leaves unused;
+            // asked again from there, the table helper moves on to the next
+            // catalogued column.
+            if (walking) r->requestvb->type = ASN_PRIV_RETRY;
         }
         config_unlock();
     }

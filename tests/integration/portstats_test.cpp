@@ -53,6 +53,14 @@ TEST_F(PortStats, Dot3StatsTableHasThePortRowsAndTheirCounters) {
     EXPECT_EQ(must_get(cell(kDot3StatsEntry, 4, kFull)).integer, 0);
     EXPECT_GE(must_get(cell(kDot3StatsEntry, 4, kHalf)).integer, first);
 
+    // A walk of the whole table steps over the column numbers the MIB does
+    // not use (12, 14, 15) and reaches the last column.
+    std::vector<uint32_t> columns;
+    const Oid entry = kDot3StatsEntry;
+    for (const VarBind &vb : reader().walk(entry))
+        if (columns.empty() || columns.back() != vb.oid[entry.size()]) columns.push_back(vb.oid[entry.size()]);
+    EXPECT_EQ(columns, (std::vector<uint32_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 16, 17, 18, 19, 20, 21}));
+
     // The tables the switch does not keep answer nothing.
     for (const char *table : {"1.3.6.1.2.1.10.7.5", "1.3.6.1.2.1.10.7.9", "1.3.6.1.2.1.10.7.10", "1.3.6.1.2.1.10.7.11"})
         EXPECT_TRUE(reader().walk(parse_oid(table)).empty()) << table;
