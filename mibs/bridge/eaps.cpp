@@ -12,7 +12,10 @@ namespace {
 
 constexpr size_t kNameArea = 50;
 
-bool domain_exists(int32_t id) { return verify_created_eaps_domain(id) == id; }
+// The platform answers a missing domain with -1, so -1 itself must not pass.
+bool domain_exists(int32_t id) {
+    return id >= 0 && id < SW_EAPS_DOMAINS && verify_created_eaps_domain(id) == id;
+}
 
 }  // namespace
 
@@ -53,7 +56,7 @@ int32_t get_eapsInfoMode(int32_t id) {
 }
 
 int32_t get_eapsInfoState(int32_t id) {
-    if (!domain_exists(id) || id < 0 || id >= SW_EAPS_DOMAINS) return 0;
+    if (!domain_exists(id)) return 0;
     const uint8_t *block = status_get_eaps();
     return block != nullptr ? int32_t(swp::eaps_status::state(block, id)) : 0;
 }
