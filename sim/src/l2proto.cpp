@@ -276,7 +276,7 @@ int cfg_set_igmp_version(const View &v, int version) { return store(cfg(v).igmp_
 int cfg_get_igmp_query_count(const View &v) { return cfg(v).igmp_query_count; }
 int cfg_set_igmp_query_count(const View &v, int n) { return store(cfg(v).igmp_query_count, n, in(n, 2, 10)); }
 int cfg_get_igmp_query_interval(const View &v) { return cfg(v).igmp_query_interval; }
-int cfg_set_igmp_query_interval(const View &v, int s) { return store(cfg(v).igmp_query_interval, s, in(s, 60, 125)); }
+int cfg_set_igmp_query_interval(const View &v, int s) { return store(cfg(v).igmp_query_interval, s, in(s, 1, 3600)); }
 int cfg_get_igmp_query_timeout(const View &v) { return cfg(v).igmp_query_timeout; }
 int cfg_set_igmp_query_timeout(const View &v, int s) { return store(cfg(v).igmp_query_timeout, s, in(s, 300, 500)); }
 

@@ -78,8 +78,8 @@ int cfg_set_stp_port_linktype(int unit0, int port0, int type);
 /* ---- IGMP snooping ------------------------------------------------------ */
 
 /* Switch-wide settings: enable and querier 0/1, version 1..3, query count
- * 2..10, query interval 60..125 s, query timeout 300..500 s.  Getters return
- * the value. */
+ * 2..10, query interval 1..3600 s (it also bounds the response time),
+ * query timeout 300..500 s.  Getters return the value. */
 int cfg_get_igmp_enable(void);
 int cfg_set_igmp_enable(int on);
 int cfg_get_igmp_enable_querier(void);
