@@ -517,7 +517,14 @@ private:
         l2proto::defaults(v_);
         if (root.has("stp")) stp(root.at("stp"));
         if (root.has("igmp")) igmp(root.at("igmp"));
-        if (root.has("eaps"))
+        if (root.has("eaps") && root.at("eaps").is_object()) {
+            // {"generate": N}: domains 0 .. N-1, the first the ring's master.
+            Field g = root.at("eaps");
+            g.expect_object({"generate"});
+            const int n = int(g.at("generate").integer(1, SW_EAPS_DOMAINS));
+            for (int id = 0; id < n; ++id)
+                l2proto::ops::eaps_create(v_, id, "ring-" + std::to_string(id), id == 0, uint32_t(id % 5));
+        } else if (root.has("eaps"))
             for (const Field &f : root.at("eaps").items()) {
                 f.expect_object({"id", "name", "master", "state"});
                 if (!f.has("id") || !f.has("name")) f.fail("needs an id (0..63) and a name");
@@ -597,7 +604,23 @@ private:
         c.igmp_query_count = int32_t(f.integer("query_count", 2, 10, 2));
         c.igmp_query_interval = int32_t(f.integer("query_interval", 60, 125, 125));
         c.igmp_query_timeout = int32_t(f.integer("query_timeout", 300, 500, 300));
-        if (f.has("groups"))
+        if (f.has("groups") && f.at("groups").is_object()) {
+            // {"generate": N, "ports": selection}: groups 239.1.0.1 .. on the
+            // existing VLANs in turn, each with the selected ports.
+            Field g = f.at("groups");
+            g.expect_object({"generate", "ports"});
+            const int n = int(g.at("generate").integer(1, int(swp::igmp_groups::kRecords)));
+            std::vector<int> vids;
+            for (int vid = 1; vid <= SW_MAX_VLAN_ID; ++vid)
+                if (v_.cfg->vlans[vid].exists) vids.push_back(vid);
+            const auto ports = g.has("ports") ? user_ports(g.at("ports")) : std::vector<std::pair<int, int>>{};
+            for (int i = 0; i < n; ++i)
+                for (auto [u, p] : ports)
+                    at_field(g, [&] {
+                        l2proto::ops::igmp_set_group_port(v_, vids[std::size_t(i) % vids.size()],
+                                                          0xef010001u + uint32_t(i), u, p, true);
+                    });
+        } else if (f.has("groups"))
             for (const Field &g : f.at("groups").items()) {
                 g.expect_object({"vid", "group", "ports"});
                 for (const char *key : {"vid", "group", "ports"})
@@ -611,11 +634,21 @@ private:
             }
         if (f.has("router_ports"))
             for (const Field &r : f.at("router_ports").items()) {
-                r.expect_object({"vid", "ports"});
-                if (!r.has("vid") || !r.has("ports")) r.fail("needs vid and ports fields");
-                const int vid = int(r.at("vid").integer(1, SW_MAX_VLAN_ID));
-                for (auto [u, p] : user_ports(r.at("ports")))
-                    at_field(r, [&] { l2proto::ops::igmp_set_router_port(v_, vid, u, p, true); });
+                r.expect_object({"vid", "range", "ports"});
+                if (r.has("vid") == r.has("range") || !r.has("ports")) r.fail("needs vid or range, and ports");
+                int lo, hi;
+                if (r.has("vid")) {
+                    lo = hi = int(r.at("vid").integer(1, SW_MAX_VLAN_ID));
+                } else {
+                    auto range = r.at("range").items();
+                    if (range.size() != 2) r.at("range").fail("must be [first, last]");
+                    lo = int(range[0].integer(1, SW_MAX_VLAN_ID));
+                    hi = int(range[1].integer(lo, SW_MAX_VLAN_ID));
+                }
+                const auto ports = user_ports(r.at("ports"));
+                for (int vid = lo; vid <= hi; ++vid)
+                    for (auto [u, p] : ports)
+                        at_field(r, [&] { l2proto::ops::igmp_set_router_port(v_, vid, u, p, true); });
             }
     }
 
