@@ -98,6 +98,35 @@ int write_ports(const uint8_t *octets, size_t length, Write write) {
     });
 }
 
+// Row populations and checks shared by the static and current tables.
+int add_group_rows(void *(*create)(uint32_t, uint32_t), bool active_vlans_only) {
+    uint32_t asked = 0;
+    bool active = false;
+    for (auto [vlan, group] : configured_groups()) {
+        if (active_vlans_only && vlan != asked) {
+            asked = vlan;
+            active = cfg_vlan_is_active(int(vlan)) != 0;
+        }
+        if (!active_vlans_only || active) create(vlan, group);
+    }
+    return 0;
+}
+int group_row_exists(uint32_t vlan, uint32_t group, void (*remove)(uint32_t, uint32_t)) {
+    if (group_configured(vlan, group)) return 1;
+    remove(vlan, group);
+    return 0;
+}
+int add_router_rows(void *(*create)(uint32_t)) {
+    for (uint32_t vlan = 1; vlan <= SW_MAX_VLAN_ID; ++vlan)
+        if (has_router_ports(vlan)) create(vlan);
+    return 0;
+}
+int router_row_exists(uint32_t vlan, void (*remove)(uint32_t)) {
+    if (has_router_ports(vlan)) return 1;
+    remove(vlan);
+    return 0;
+}
+
 int32_t truth(int flag) { return flag != 0 ? 1 : 2; }
 
 }  // namespace
@@ -126,13 +155,10 @@ int set_igmpSnoopQueryTimeout(int32_t value) { return cfg_set_igmp_query_timeout
 // ---- igmpSnoopMulticastStaticTable / igmpSnoopMulticastCurrentTable ---------
 
 int init_index_igmpSnoopMulticastStaticTable(void *(*create)(uint32_t, uint32_t)) {
-    for (auto [vlan, group] : configured_groups()) create(vlan, group);
-    return 0;
+    return add_group_rows(create, false);
 }
 int exists_entry_igmpSnoopMulticastStaticTable(uint32_t vlan, uint32_t group) {
-    if (group_configured(vlan, group)) return 1;
-    igmpSnoopMulticastStaticTable_removeEntry(vlan, group);
-    return 0;
+    return group_row_exists(vlan, group, igmpSnoopMulticastStaticTable_removeEntry);
 }
 const uint8_t *get_igmpSnoopMulticastStaticPorts(uint32_t vlan, uint32_t group, size_t *len) {
     static uint8_t area[pl::kAreaSize];
@@ -144,23 +170,12 @@ int set_igmpSnoopMulticastStaticPorts(uint32_t vlan, uint32_t group, const uint8
     });
 }
 
-// Groups of active VLANs only.
+// Groups of active VLANs only; the row check does not ask about the VLAN.
 int init_index_igmpSnoopMulticastCurrentTable(void *(*create)(uint32_t, uint32_t)) {
-    uint32_t asked = 0;
-    bool active = false;
-    for (auto [vlan, group] : configured_groups()) {
-        if (vlan != asked) {
-            asked = vlan;
-            active = cfg_vlan_is_active(int(vlan)) != 0;
-        }
-        if (active) create(vlan, group);
-    }
-    return 0;
+    return add_group_rows(create, true);
 }
 int exists_entry_igmpSnoopMulticastCurrentTable(uint32_t vlan, uint32_t group) {
-    if (group_configured(vlan, group)) return 1;
-    igmpSnoopMulticastCurrentTable_removeEntry(vlan, group);
-    return 0;
+    return group_row_exists(vlan, group, igmpSnoopMulticastCurrentTable_removeEntry);
 }
 const uint8_t *get_igmpSnoopMulticastCurrentPorts(uint32_t vlan, uint32_t group, size_t *len) {
     static uint8_t area[pl::kAreaSize];
@@ -169,15 +184,9 @@ const uint8_t *get_igmpSnoopMulticastCurrentPorts(uint32_t vlan, uint32_t group,
 
 // ---- igmpSnoopRouterStaticTable / igmpSnoopRouterCurrentTable ---------------
 
-int init_index_igmpSnoopRouterStaticTable(void *(*create)(uint32_t)) {
-    for (uint32_t vlan = 1; vlan <= SW_MAX_VLAN_ID; ++vlan)
-        if (has_router_ports(vlan)) create(vlan);
-    return 0;
-}
+int init_index_igmpSnoopRouterStaticTable(void *(*create)(uint32_t)) { return add_router_rows(create); }
 int exists_entry_igmpSnoopRouterStaticTable(uint32_t vlan) {
-    if (has_router_ports(vlan)) return 1;
-    igmpSnoopRouterStaticTable_removeEntry(vlan);
-    return 0;
+    return router_row_exists(vlan, igmpSnoopRouterStaticTable_removeEntry);
 }
 const uint8_t *get_igmpSnoopRouterStaticPorts(uint32_t vlan, size_t *len) {
     static uint8_t area[pl::kAreaSize];
@@ -189,13 +198,9 @@ int set_igmpSnoopRouterStaticPorts(uint32_t vlan, const uint8_t *octets, size_t 
     });
 }
 
-int init_index_igmpSnoopRouterCurrentTable(void *(*create)(uint32_t)) {
-    return init_index_igmpSnoopRouterStaticTable(create);
-}
+int init_index_igmpSnoopRouterCurrentTable(void *(*create)(uint32_t)) { return add_router_rows(create); }
 int exists_entry_igmpSnoopRouterCurrentTable(uint32_t vlan) {
-    if (has_router_ports(vlan)) return 1;
-    igmpSnoopRouterCurrentTable_removeEntry(vlan);
-    return 0;
+    return router_row_exists(vlan, igmpSnoopRouterCurrentTable_removeEntry);
 }
 const uint8_t *get_igmpSnoopRouterCurrentPorts(uint32_t vlan, size_t *len) {
     static uint8_t area[pl::kAreaSize];

@@ -67,6 +67,13 @@ bool trunk_ok(int32_t i) {
     return cfg_check_trunk(i == 512 ? 511 : i - 513) != 0;
 }
 
+// A BRIDGE-MIB port write: the trunk test, then the platform call.
+int port_write(int32_t i, int value, int (*write)(int, int, int, int)) {
+    if (!trunk_ok(i)) return -1;
+    const Port p(i);
+    return write(kInstance, p.unit0, p.port0, value);
+}
+
 // Platform port state code 0..3 -> disabled(1), blocking(2), learning(4),
 // forwarding(5).
 constexpr int32_t kPortStates[4] = {1, 2, 4, 5};
@@ -126,11 +133,7 @@ int32_t get_dot1dStpPortPriority(int32_t i) {
     const Port p(i);
     return cfg_get_stp_port_prio(kInstance, p.unit0, p.port0);
 }
-int set_dot1dStpPortPriority(int32_t i, int32_t value) {
-    if (!trunk_ok(i)) return -1;
-    const Port p(i);
-    return cfg_set_stp_port_prio(kInstance, p.unit0, p.port0, value);
-}
+int set_dot1dStpPortPriority(int32_t i, int32_t value) { return port_write(i, value, cfg_set_stp_port_prio); }
 
 int32_t get_dot1dStpPortState(int32_t i) {
     const PortState s(i);
@@ -142,20 +145,14 @@ int32_t get_dot1dStpPortEnable(int32_t i) {
     return truth(cfg_get_stp_port_enabled(kInstance, p.unit0, p.port0));
 }
 int set_dot1dStpPortEnable(int32_t i, int32_t value) {
-    if (!trunk_ok(i)) return -1;
-    const Port p(i);
-    return cfg_set_stp_port_enabled(kInstance, p.unit0, p.port0, from_truth(value));
+    return port_write(i, from_truth(value), cfg_set_stp_port_enabled);
 }
 
 int32_t get_dot1dStpPortPathCost(int32_t i) {
     const Port p(i);
     return cfg_get_stp_port_cost(kInstance, p.unit0, p.port0);
 }
-int set_dot1dStpPortPathCost(int32_t i, int32_t value) {
-    if (!trunk_ok(i)) return -1;
-    const Port p(i);
-    return cfg_set_stp_port_cost(kInstance, p.unit0, p.port0, value);
-}
+int set_dot1dStpPortPathCost(int32_t i, int32_t value) { return port_write(i, value, cfg_set_stp_port_cost); }
 
 const uint8_t *get_dot1dStpPortDesignatedRoot(int32_t i, size_t *len) {
     static uint8_t area[kBridgeIdSize];

@@ -105,6 +105,16 @@ int stp_iface(const View &v, int instance, int unit0, int port0) {
     return instance == kStpInstance ? iface_of(v, unit0, port0) : -1;
 }
 
+// One spanning-tree setting of the interface a call addresses (-1: none).
+template <class T>
+int port_setting(const View &v, int iface, T layout::StpPortConfig::*field) {
+    return iface < 0 ? -1 : int(cfg(v).stp_ports[iface].*field);
+}
+template <class T>
+int set_port_setting(const View &v, int iface, T layout::StpPortConfig::*field, int value, bool ok) {
+    return iface < 0 ? -1 : store(cfg(v).stp_ports[iface].*field, value, ok);
+}
+
 // ---- IGMP ------------------------------------------------------------------------
 
 bool is_multicast(uint32_t group) { return (group >> 28) == 0xe; }
@@ -226,45 +236,38 @@ int cfg_get_stp_forcemode(const View &v) { return cfg(v).stp_force_mode; }
 int cfg_set_stp_forcemode(const View &v, int mode) { return store(cfg(v).stp_force_mode, mode, in(mode, 0, 3)); }
 
 int cfg_get_stp_port_prio(const View &v, int instance, int unit0, int port0) {
-    const int iface = stp_iface(v, instance, unit0, port0);
-    return iface < 0 ? -1 : cfg(v).stp_ports[iface].prio;
+    return port_setting(v, stp_iface(v, instance, unit0, port0), &layout::StpPortConfig::prio);
 }
 int cfg_set_stp_port_prio(const View &v, int instance, int unit0, int port0, int prio) {
-    const int iface = stp_iface(v, instance, unit0, port0);
-    if (iface < 0) return -1;
-    return store(cfg(v).stp_ports[iface].prio, prio, in(prio, 0, 240) && prio % kPortPrioStep == 0);
+    return set_port_setting(v, stp_iface(v, instance, unit0, port0), &layout::StpPortConfig::prio, prio,
+                            in(prio, 0, 240) && prio % kPortPrioStep == 0);
 }
 int cfg_get_stp_port_cost(const View &v, int instance, int unit0, int port0) {
-    const int iface = stp_iface(v, instance, unit0, port0);
-    return iface < 0 ? -1 : int(cfg(v).stp_ports[iface].cost);
+    return port_setting(v, stp_iface(v, instance, unit0, port0), &layout::StpPortConfig::cost);
 }
 int cfg_set_stp_port_cost(const View &v, int instance, int unit0, int port0, int cost) {
-    const int iface = stp_iface(v, instance, unit0, port0);
-    return iface < 0 ? -1 : store(cfg(v).stp_ports[iface].cost, cost, in(cost, 1, kMaxPathCost));
+    return set_port_setting(v, stp_iface(v, instance, unit0, port0), &layout::StpPortConfig::cost, cost,
+                            in(cost, 1, kMaxPathCost));
 }
 int cfg_get_stp_port_enabled(const View &v, int instance, int unit0, int port0) {
-    const int iface = stp_iface(v, instance, unit0, port0);
-    return iface < 0 ? -1 : cfg(v).stp_ports[iface].enabled;
+    return port_setting(v, stp_iface(v, instance, unit0, port0), &layout::StpPortConfig::enabled);
 }
 int cfg_set_stp_port_enabled(const View &v, int instance, int unit0, int port0, int on) {
-    const int iface = stp_iface(v, instance, unit0, port0);
-    return iface < 0 ? -1 : store(cfg(v).stp_ports[iface].enabled, on, in(on, 0, 1));
+    return set_port_setting(v, stp_iface(v, instance, unit0, port0), &layout::StpPortConfig::enabled, on,
+                            in(on, 0, 1));
 }
 int cfg_get_stp_port_edge(const View &v, int unit0, int port0) {
-    const int iface = iface_of(v, unit0, port0);
-    return iface < 0 ? -1 : cfg(v).stp_ports[iface].edge;
+    return port_setting(v, iface_of(v, unit0, port0), &layout::StpPortConfig::edge);
 }
 int cfg_set_stp_port_edge(const View &v, int unit0, int port0, int on) {
-    const int iface = iface_of(v, unit0, port0);
-    return iface < 0 ? -1 : store(cfg(v).stp_ports[iface].edge, on, in(on, 0, 1));
+    return set_port_setting(v, iface_of(v, unit0, port0), &layout::StpPortConfig::edge, on, in(on, 0, 1));
 }
 int cfg_get_stp_port_linktype(const View &v, int unit0, int port0) {
-    const int iface = iface_of(v, unit0, port0);
-    return iface < 0 ? -1 : cfg(v).stp_ports[iface].linktype;
+    return port_setting(v, iface_of(v, unit0, port0), &layout::StpPortConfig::linktype);
 }
 int cfg_set_stp_port_linktype(const View &v, int unit0, int port0, int type) {
-    const int iface = iface_of(v, unit0, port0);
-    return iface < 0 ? -1 : store(cfg(v).stp_ports[iface].linktype, type, in(type, SW_STP_LINK_P2P, SW_STP_LINK_AUTO));
+    return set_port_setting(v, iface_of(v, unit0, port0), &layout::StpPortConfig::linktype, type,
+                            in(type, SW_STP_LINK_P2P, SW_STP_LINK_AUTO));
 }
 
 int cfg_get_igmp_enable(const View &v) { return cfg(v).igmp_enabled; }
