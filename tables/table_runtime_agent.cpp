@@ -93,35 +93,21 @@ void TableRuntime::init() {
     refresh_();
 }
 
-namespace {
-bool same_key(const RowKey &a, KeyView b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i)
-        if (a[i] != b[i]) return false;
-    return true;
-}
-}  // namespace
-
 size_t TableRuntime::position(KeyView key) const {
     return std::lower_bound(rows_.begin(), rows_.end(), key,
-                            [](const Row &r, KeyView k) { return KeyLess{}(r.key, k); }) -
+                            [](const Row &r, KeyView k) { return KeyLess{}(*r.key, k); }) -
            rows_.begin();
 }
 
-netsnmp_table_row *TableRuntime::find(KeyView key) {
-    size_t at = last_ + 1;
-    if (at >= rows_.size() || !same_key(rows_[at].key, key)) {
-        at = position(key);
-        if (at == rows_.size() || !same_key(rows_[at].key, key)) return nullptr;
-    }
+netsnmp_table_row *TableRuntime::search(KeyView key) {
+    const size_t at = position(key);
+    if (at == rows_.size() || !rows_[at].is(key)) return nullptr;
     last_ = at;
     return rows_[at].row;
 }
 
-void *TableRuntime::create(KeyView key) {
+void *TableRuntime::add(KeyView key) {
     if (!data_) return nullptr;
-    if (netsnmp_table_row *row = find(key)) return row;
-
     auto *entry = new RowEntry{RowKey(key.begin(), key.end())};
     SA_DEBUG(name_, "Adding row.\n");
     netsnmp_table_row *row = netsnmp_create_table_data_row();
@@ -136,13 +122,13 @@ void *TableRuntime::create(KeyView key) {
         return nullptr;
     }
     last_ = position(key);
-    rows_.insert(rows_.begin() + last_, Row{entry->key, row});
+    rows_.insert(rows_.begin() + last_, Row{key.empty() ? 0 : key[0], uint32_t(key.size()), row, &entry->key});
     return row;
 }
 
 void TableRuntime::remove(KeyView key) {
     const size_t at = position(key);
-    if (at == rows_.size() || !same_key(rows_[at].key, key)) return;
+    if (at == rows_.size() || !rows_[at].is(key)) return;
     SA_DEBUG(name_, "Removing row\n");
     netsnmp_table_row *row = rows_[at].row;
     rows_.erase(rows_.begin() + at);

@@ -31,6 +31,7 @@
 #include "locks.hpp"
 #include "model.hpp"
 #include "util.hpp"
+#include "vlans.hpp"
 
 namespace swsim {
 namespace {
@@ -500,6 +501,11 @@ int cfg_set_mac_ageing(const View &v, int seconds) {
 
 }  // namespace impl
 
+// VLAN calls live in vlans.cpp.
+namespace impl {
+using namespace swsim::vlans_impl;
+}  // namespace impl
+
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
 using helpers::ip_addr_prefix_to_addr_mask;
@@ -647,7 +653,29 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, cfg_get_vlan_port_member, (int unit0, int port0, int vid, uint32_t *flags),                  \
       (unit0, port0, vid, flags), -1)                                                                   \
     X(int, cfg_get_mac_ageing, (void), (), -1)                                                          \
-    X(int, cfg_set_mac_ageing, (int seconds), (seconds), -1)                                            \
+    X(int, cfg_set_mac_ageing, (int seconds), (seconds), -1)                                           \
+    /* ---- vlans ---- */                                                                               \
+    X(int, cfg_vlan_create, (int vid, int flags, int owner), (vid, flags, owner), -1)                   \
+    X(int, cfg_vlan_enable, (int vid), (vid), -1)                                                       \
+    X(int, cfg_vlan_disable, (int vid), (vid), -1)                                                      \
+    X(int, cfg_vlan_destroy, (int vid), (vid), -1)                                                      \
+    X(int, cfg_set_vlan_name, (int vid, const char *name), (vid, name), -1)                             \
+    X(int, cfg_set_vlan_port_member, (int unit0, int port0, int vid, uint32_t flags, int dynamic),      \
+      (unit0, port0, vid, flags, dynamic), -1)                                                          \
+    X(int, cfg_get_pvid, (int unit0, int port0, int *pvid), (unit0, port0, pvid), -1)                   \
+    X(int, cfg_set_pvid, (int unit0, int port0, int pvid), (unit0, port0, pvid), -1)                    \
+    X(int, cfg_get_port_discard, (int unit0, int port0, int *mode), (unit0, port0, mode), -1)           \
+    X(int, cfg_set_port_discard, (int unit0, int port0, int mode), (unit0, port0, mode), -1)            \
+    X(int, cfg_get_ingress_filtering, (int unit0, int port0, int *on), (unit0, port0, on), -1)          \
+    X(int, cfg_set_ingress_filtering, (int unit0, int port0, int on), (unit0, port0, on), -1)           \
+    X(int, cfg_get_gvrp_enable_port, (int unit0, int port0, int *on), (unit0, port0, on), -1)           \
+    X(int, cfg_set_gvrp_enable_port, (int unit0, int port0, int on), (unit0, port0, on), -1)            \
+    X(int, cfg_get_gvrp_enable, (void), (), -1)                                                         \
+    X(int, cfg_set_gvrp_enable, (int on), (on), -1)                                                     \
+    X(int, cfg_get_vlan_dhcp_client, (int vid), (vid), -1)                                              \
+    X(int, cfg_set_vlan_dhcp_client, (int on), (on), -1)                                                \
+    X(int, cfg_get_default_priority, (int unit0, int port0), (unit0, port0), -1)                        \
+    X(int, cfg_set_default_priority, (int unit0, int port0, int priority), (unit0, port0, priority), -1) \
     SWSIM_L2PROTO_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \

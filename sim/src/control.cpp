@@ -7,6 +7,7 @@
 #include "locks.hpp"
 #include "model.hpp"
 #include "util.hpp"
+#include "vlans.hpp"
 
 namespace swsim {
 
@@ -229,6 +230,15 @@ uint64_t Switch::counter(int unit0, int port0, int stat) const {
 }
 
 void Switch::save() { impl_->file->sync(); }
+
+// ---- vlans ----
+
+void Switch::vlan_register(int vid, int unit0, int port0, bool on, uint32_t flags) {
+    impl_->change([&](View &v) { vlans::set_dynamic_member(v, vid, unit0, port0, flags, on); });
+}
+void Switch::vlan_set_active(int vid, bool active) {
+    impl_->change([&](View &v) { vlans::set_active(v, vid, active); });
+}
 
 // ---- layer-2 protocols ----
 

@@ -27,6 +27,7 @@
 
 #include "swplatform/platform.h"
 #include "swplatform/records.hpp"
+#include "layout_vlans.hpp"
 #include "layout_l2proto.hpp"
 
 namespace swsim::layout {
@@ -152,6 +153,7 @@ struct ConfigModel {
     TrunkConfig trunks[SW_MAX_TRUNKS];
     VlanConfig vlans[kVlanSlots];
     uint8_t members[kVlanSlots][kIfaces];  // SW_VLAN_* flags
+    VlanSettings vlan_settings;
     L2ProtoConfig l2proto;
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);

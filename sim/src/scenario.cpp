@@ -12,6 +12,7 @@
 #include "helpers.hpp"
 #include "l2proto.hpp"
 #include "model.hpp"
+#include "vlans.hpp"
 #include "util.hpp"
 
 namespace swsim {
@@ -115,7 +116,8 @@ public:
     Builder(View &v, const Source &src) : v_(v), src_(src) {}
 
     void build(const Field &root) {
-        root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "stp", "igmp", "eaps"});
+        root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
+                            "stp", "igmp", "eaps"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -126,6 +128,8 @@ public:
             for (const Field &f : root.at("vlans").items()) vlan_item(f);
         else
             default_vlan();
+        vlans::boot_defaults(v_);
+        if (root.has("vlan_settings")) vlan_settings(root.at("vlan_settings"));
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
@@ -460,6 +464,40 @@ private:
                     const uint32_t gvrp = dynamic && m.flags != SW_VLAN_FORBIDDEN ? SW_VLAN_DYNAMIC : 0;
                     v_.cfg->members[vid][model::iface_of(v_, u, p)] = uint8_t(m.flags | gvrp);
                 }
+        }
+    }
+
+    // ---- vlan settings: GVRP, the management address method, port VLAN settings ----
+
+    void vlan_settings(const Field &f) {
+        f.expect_object({"gvrp", "dhcp_client", "ports"});
+        layout::VlanSettings &s = v_.cfg->vlan_settings;
+        s.gvrp = f.boolean("gvrp", false);
+        s.dhcp_client = f.boolean("dhcp_client", false);
+        if (!f.has("ports")) return;
+        for (const Field &item : f.at("ports").items()) {
+            item.expect_object({"select", "pvid", "acceptable", "ingress_filtering", "gvrp", "priority"});
+            if (!item.has("select")) item.fail("needs a select field");
+            int pvid = 0;
+            if (item.has("pvid")) {
+                pvid = int(item.at("pvid").integer(1, SW_MAX_VLAN_ID));
+                if (!v_.cfg->vlans[pvid].exists) item.at("pvid").fail("VLAN " + std::to_string(pvid) + " does not exist");
+            }
+            static const std::map<std::string, uint8_t> kAcceptable = {{"all", 0}, {"untagged", 1}, {"tagged", 2}};
+            uint8_t discard = 0;
+            if (item.has("acceptable")) {
+                auto it = kAcceptable.find(item.at("acceptable").text(16));
+                if (it == kAcceptable.end()) item.at("acceptable").fail("must be all, untagged or tagged");
+                discard = it->second;
+            }
+            for (auto [u, p] : select(item.at("select"))) {
+                layout::VlanPortConfig &c = s.ports[model::iface_of(v_, u, p)];
+                if (pvid) c.pvid = uint16_t(pvid);
+                if (item.has("acceptable")) c.discard = discard;
+                if (item.has("ingress_filtering")) c.ingress_filter = item.at("ingress_filtering").boolean();
+                if (item.has("gvrp")) c.gvrp = item.at("gvrp").boolean();
+                if (item.has("priority")) c.default_priority = uint8_t(item.at("priority").integer(0, 7));
+            }
         }
     }
 

@@ -149,12 +149,15 @@ void show_trunks(const swsim::Switch &sw) {
 }
 
 void show_vlans(const swsim::Switch &sw) {
-    std::printf("%-5s %-20s %-8s %s\n", "vid", "name", "kind", "members (u untagged, t tagged, f forbidden)");
+    std::printf("%-5s %-20s %-8s %s\n", "vid", "name", "kind", "members (u untagged, t tagged, f forbidden, d dynamic)");
     for (int vid : sw.vlan_ids()) {
         auto v = sw.vlan(vid);
         std::map<char, std::vector<std::pair<int, int>>> by_kind;
         for (const auto &m : v.members) {
-            char k = (m.flags & SW_VLAN_FORBIDDEN) ? 'f' : (m.flags & SW_VLAN_TAGGED) ? 't' : 'u';
+            char k = (m.flags & SW_VLAN_FORBIDDEN) ? 'f'
+                     : (m.flags & SW_VLAN_TAGGED)  ? 't'
+                     : (m.flags & SW_VLAN_UNTAGGED) ? 'u'
+                                                    : 'd';
             by_kind[k].emplace_back(m.unit0, m.port0);
         }
         std::string members;
@@ -345,6 +348,23 @@ private:
         member->add_option("kind", c_, "tagged, untagged, forbidden or none")
             ->required()
             ->check(CLI::IsMember({"tagged", "untagged", "forbidden", "none"}));
+        // ---- vlans: what GVRP and the operator do to a VLAN at run time ----
+        for (bool on : {true, false}) {
+            auto *cmd = add(vlan, on ? "register" : "withdraw",
+                            on ? "GVRP registers a port or trunk (Tn) in a VLAN: a dynamic membership"
+                               : "GVRP withdraws a port's or trunk's dynamic membership",
+                            [this, on](swsim::Switch &sw) {
+                                auto p = parse_port(b_, true);
+                                sw.vlan_register(parse_int(a_, "VLAN ID"), p.unit0, p.port0, on);
+                            });
+            cmd->add_option("vid", a_, "VLAN ID")->required();
+            cmd->add_option("port", b_, "UNIT/PORT or Tn")->required();
+        }
+        for (bool on : {true, false}) {
+            auto *cmd = add(vlan, on ? "activate" : "deactivate", on ? "Put a VLAN in service" : "Take a VLAN out of service",
+                            [this, on](swsim::Switch &sw) { sw.vlan_set_active(parse_int(a_, "VLAN ID"), on); });
+            cmd->add_option("vid", a_, "VLAN ID")->required();
+        }
     }
 
     void add_fdb() {

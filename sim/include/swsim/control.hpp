@@ -234,6 +234,12 @@ public:
 
     void save();  // flush the mapping to the file
 
+    // ---- vlans ----
+    // GVRP registers (on) or withdraws a port's or trunk's dynamic membership
+    // (SW_VLAN_DYNAMIC_* bits that fit a byte: 0x10 .. 0x80).
+    void vlan_register(int vid, int unit0, int port0, bool on, uint32_t flags = SW_VLAN_DYNAMIC_GVRP);
+    void vlan_set_active(int vid, bool active);
+
     struct Impl;
 
 private:
