@@ -34,6 +34,10 @@ int store(T &field, int value, bool ok) {
 constexpr int kStpInstance = SW_STP_INSTANCE;
 constexpr int kPrioStep = 4096, kPortPrioStep = 16;
 constexpr int kMaxPathCost = 200000000;
+// Tree on, not an edge, link type from duplex, priority 128; 802.1D-2004
+// costs: 20000 for a gigabit port, 2000 for a trunk.
+constexpr layout::StpPortConfig kPortStpDefaults{1, 0, SW_STP_LINK_AUTO, 128, 20000};
+constexpr layout::StpPortConfig kTrunkStpDefaults{1, 0, SW_STP_LINK_AUTO, 128, 2000};
 
 swp::BridgeId own_bridge_id(const View &v) {
     swp::BridgeId id;
@@ -318,8 +322,7 @@ void defaults(View &v) {
     c.stp_hello = 200;
     c.stp_fwd_delay = 1500;
     for (int i = 0; i < layout::kIfaces; ++i) {
-        // 802.1D-2004 costs: 20000 for a gigabit port, 2000 for a trunk.
-        c.stp_ports[i] = layout::StpPortConfig{1, 0, SW_STP_LINK_AUTO, 128, model::is_trunk_iface(i) ? 2000u : 20000u};
+        c.stp_ports[i] = model::is_trunk_iface(i) ? kTrunkStpDefaults : kPortStpDefaults;
         live(v).stp_ports[i].state = layout::kStpAuto;
     }
     c.igmp_enabled = 0;
@@ -330,6 +333,22 @@ void defaults(View &v) {
     c.igmp_query_timeout = 300;
     live(v).stp = layout::StpBridgeLive{};
     live(v).stp.last_change_ns = model::realtime_ns();
+}
+
+void forget_vlan(const View &v, int vid) {
+    if (!model::vid_in_range(vid)) return;
+    std::memset(cfg(v).igmp_router[vid], 0, sizeof cfg(v).igmp_router[vid]);
+    for (std::size_t i = 0; i < groups::kRecords; ++i) {
+        uint8_t *rec = group_record(v, i);
+        if (groups::word(rec, groups::kInUseWord) && groups::word(rec, groups::kVlanWord) == uint32_t(vid))
+            std::memset(rec, 0, groups::kRecordSize);
+    }
+}
+
+void reset_trunk(const View &v, int trunk0) {
+    const int iface = layout::kPhysPorts + trunk0;
+    cfg(v).stp_ports[iface] = kTrunkStpDefaults;
+    live(v).stp_ports[iface].state = layout::kStpAuto;
 }
 
 // ---- changes from outside ----------------------------------------------------------

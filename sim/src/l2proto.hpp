@@ -65,6 +65,10 @@ const uint8_t *status_get_eaps(const View &v);
 
 // Factory settings of a freshly built switch.
 void defaults(View &v);
+// What goes with a VLAN that is deleted: its router ports and static groups.
+void forget_vlan(const View &v, int vid);
+// A trunk that is (re)created starts from the factory spanning-tree settings.
+void reset_trunk(const View &v, int trunk0);
 
 namespace ops {
 void stp_topology_change(View &v);

@@ -10,15 +10,7 @@ namespace {
 
 using simtest::SwitchTest;
 using simtest::TempDir;
-
-std::string build_error(const std::string &state, const std::string &json) {
-    try {
-        swsim::create_state_from_json(state, json, "scenarios/x.json");
-    } catch (const swsim::Error &e) {
-        return e.what();
-    }
-    return "(built)";
-}
+using simtest::build_error;
 
 TEST_F(TempDir, BadLayer2FieldsAreNamed) {
     const std::pair<const char *, const char *> cases[] = {
@@ -71,6 +63,27 @@ TEST_F(SwitchTest, GroupRecordsComeAndGoWithTheirPorts) {
     EXPECT_EQ(cfg_set_igmp_router_port(0, 0, 11, 1), -1);
     EXPECT_EQ(cfg_set_igmp_router_port(0, 0, 11, 0), 0);  // nothing to take away
     EXPECT_EQ(cfg_set_igmp_router_port(0, 512, 10, 1), -1);  // a trunk
+}
+
+TEST_F(SwitchTest, DeletedVlansAndRecreatedTrunksStartClean) {
+    sw_->igmp_set_group_port(10, 0xef000001, 0, 0, true);
+    sw_->igmp_set_router_port(10, 0, 1, true);
+    sw_->igmp_set_group_port(1, 0xef000001, 0, 2, true);
+    sw_->vlan_delete(10);
+    ASSERT_EQ(sw_->igmp_groups().size(), 1u);
+    EXPECT_EQ(sw_->igmp_groups()[0].vid, 1);
+    EXPECT_TRUE(sw_->igmp_router_ports(10).empty());
+    // Through the platform call as well.
+    ASSERT_EQ(cfg_vlan_destroy(1) < 0, true);  // the default VLAN stays
+    sw_->vlan_create(20);
+    ASSERT_EQ(cfg_set_igmp_router_port(1, 1, 20, 1), 0);
+    ASSERT_EQ(cfg_vlan_destroy(20), 0);
+    EXPECT_EQ(cfg_get_igmp_router_port(1, 1, 20), 0);
+
+    ASSERT_EQ(cfg_set_stp_port_cost(SW_STP_INSTANCE, 0, 512, 77), 0);
+    sw_->trunk_destroy(0);
+    sw_->trunk_create(0);
+    EXPECT_EQ(cfg_get_stp_port_cost(SW_STP_INSTANCE, 0, 512), 2000);
 }
 
 TEST_F(SwitchTest, TreeStateFollowsLinksAndTheRoot) {
