@@ -7,6 +7,7 @@
 
 #include "agent/port_list.hpp"
 #include "mibs/bridge/igmp_groups.hpp"
+#include "mibs/bridge/platform_value.hpp"
 #include "scalars/catalogue.hpp"
 #include "swplatform/platform.h"
 #include "tables/catalogue.hpp"
@@ -139,17 +140,17 @@ int32_t get_igmpSnoopStatus(void) { return truth(cfg_get_igmp_enable()); }
 int set_igmpSnoopStatus(int32_t value) { return cfg_set_igmp_enable(value == 1 ? 1 : 0); }
 int32_t get_igmpSnoopQuerier(void) { return truth(cfg_get_igmp_enable_querier()); }
 int set_igmpSnoopQuerier(int32_t value) { return cfg_set_igmp_enable_querier(value == 1 ? 1 : 0); }
-int32_t get_igmpSnoopVersion(void) { return cfg_get_igmp_version(); }
+int32_t get_igmpSnoopVersion(void) { return snmpapi::value_or_zero(cfg_get_igmp_version()); }
 int set_igmpSnoopVersion(int32_t value) { return cfg_set_igmp_version(value); }
-int32_t get_igmpSnoopQueryCount(void) { return cfg_get_igmp_query_count(); }
+int32_t get_igmpSnoopQueryCount(void) { return snmpapi::value_or_zero(cfg_get_igmp_query_count()); }
 int set_igmpSnoopQueryCount(int32_t value) { return cfg_set_igmp_query_count(value); }
-int32_t get_igmpSnoopQueryInterval(void) { return cfg_get_igmp_query_interval(); }
+int32_t get_igmpSnoopQueryInterval(void) { return snmpapi::value_or_zero(cfg_get_igmp_query_interval()); }
 int set_igmpSnoopQueryInterval(int32_t value) { return cfg_set_igmp_query_interval(value); }
 // The switch has no response-time setting of its own: this object is bound
 // to the query interval, both ways.
-int32_t get_igmpSnoopQueryMaxResponseTime(void) { return cfg_get_igmp_query_interval(); }
+int32_t get_igmpSnoopQueryMaxResponseTime(void) { return snmpapi::value_or_zero(cfg_get_igmp_query_interval()); }
 int set_igmpSnoopQueryMaxResponseTime(int32_t value) { return cfg_set_igmp_query_interval(value); }
-int32_t get_igmpSnoopQueryTimeout(void) { return cfg_get_igmp_query_timeout(); }
+int32_t get_igmpSnoopQueryTimeout(void) { return snmpapi::value_or_zero(cfg_get_igmp_query_timeout()); }
 int set_igmpSnoopQueryTimeout(int32_t value) { return cfg_set_igmp_query_timeout(value); }
 
 // ---- igmpSnoopMulticastStaticTable / igmpSnoopMulticastCurrentTable ---------

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "agent/ifindex.hpp"
+#include "mibs/bridge/platform_value.hpp"
 #include "scalars/catalogue.hpp"
 #include "swplatform/platform.h"
 #include "swplatform/records_l2proto.hpp"
@@ -86,7 +87,7 @@ extern "C" {
 
 int32_t get_dot1dStpProtocolSpecification(void) { return 1; }
 
-int32_t get_dot1dStpPriority(void) { return cfg_get_stp_prio(kInstance); }
+int32_t get_dot1dStpPriority(void) { return snmpapi::value_or_zero(cfg_get_stp_prio(kInstance)); }
 int set_dot1dStpPriority(int32_t value) { return cfg_set_stp_prio(kInstance, value); }
 
 uint32_t get_dot1dStpTimeSinceTopologyChange(void) { return BridgeState().rec.time_since_change; }
@@ -105,11 +106,11 @@ int32_t get_dot1dStpHelloTime(void) { return int32_t(BridgeState().rec.hello_tim
 int32_t get_dot1dStpHoldTime(void) { return 0; }
 int32_t get_dot1dStpForwardDelay(void) { return int32_t(BridgeState().rec.forward_delay); }
 
-int32_t get_dot1dStpBridgeMaxAge(void) { return cfg_get_stp_maxage(kInstance); }
+int32_t get_dot1dStpBridgeMaxAge(void) { return snmpapi::value_or_zero(cfg_get_stp_maxage(kInstance)); }
 int set_dot1dStpBridgeMaxAge(int32_t value) { return cfg_set_stp_maxage(kInstance, value); }
-int32_t get_dot1dStpBridgeHelloTime(void) { return cfg_get_stp_hello(kInstance); }
+int32_t get_dot1dStpBridgeHelloTime(void) { return snmpapi::value_or_zero(cfg_get_stp_hello(kInstance)); }
 int set_dot1dStpBridgeHelloTime(int32_t value) { return cfg_set_stp_hello(kInstance, value); }
-int32_t get_dot1dStpBridgeForwardDelay(void) { return cfg_get_stp_ftime(kInstance); }
+int32_t get_dot1dStpBridgeForwardDelay(void) { return snmpapi::value_or_zero(cfg_get_stp_ftime(kInstance)); }
 int set_dot1dStpBridgeForwardDelay(int32_t value) { return cfg_set_stp_ftime(kInstance, value); }
 
 int32_t get_staSystemStatus(void) { return truth(cfg_get_stp_enabled()); }
@@ -131,7 +132,7 @@ int32_t get_dot1dStpPort(int32_t i) { return i; }
 
 int32_t get_dot1dStpPortPriority(int32_t i) {
     const Port p(i);
-    return cfg_get_stp_port_prio(kInstance, p.unit0, p.port0);
+    return snmpapi::value_or_zero(cfg_get_stp_port_prio(kInstance, p.unit0, p.port0));
 }
 int set_dot1dStpPortPriority(int32_t i, int32_t value) { return port_write(i, value, cfg_set_stp_port_prio); }
 
@@ -150,7 +151,7 @@ int set_dot1dStpPortEnable(int32_t i, int32_t value) {
 
 int32_t get_dot1dStpPortPathCost(int32_t i) {
     const Port p(i);
-    return cfg_get_stp_port_cost(kInstance, p.unit0, p.port0);
+    return snmpapi::value_or_zero(cfg_get_stp_port_cost(kInstance, p.unit0, p.port0));
 }
 int set_dot1dStpPortPathCost(int32_t i, int32_t value) { return port_write(i, value, cfg_set_stp_port_cost); }
 
@@ -222,7 +223,7 @@ int32_t get_staPortOperEdgePort(int32_t i) {
 
 int32_t get_staPortAdminPointToPoint(int32_t i) {
     const Port p(i);
-    return cfg_get_stp_port_linktype(p.unit0, p.port0);
+    return snmpapi::value_or_zero(cfg_get_stp_port_linktype(p.unit0, p.port0));
 }
 int set_staPortAdminPointToPoint(int32_t i, int32_t value) {
     const Port p(i);

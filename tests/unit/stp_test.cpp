@@ -168,6 +168,11 @@ TEST_F(StpTest, BridgeWritesReachThePlatformWithinTheirRanges) {
         EXPECT_EQ(s.set(s.lo), -4);
         EXPECT_EQ(s.get(), s.value);
     }
+    // A failed read shows 0, never the platform's -1.
+    sw().fault_set("cfg_get_stp_hello", -1, 1);
+    EXPECT_EQ(get_dot1dStpBridgeHelloTime(), 0);
+    sw().fault_set("cfg_get_stp_port_cost", -1, 1);
+    EXPECT_EQ(get_dot1dStpPortPathCost(1), 0);
     // The bridge steps its priority by 4096: 32769 is refused.
     EXPECT_LT(set_dot1dStpPriority(32769), 0);
     EXPECT_EQ(get_dot1dStpPriority(), 4096);
