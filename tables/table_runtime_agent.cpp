@@ -45,9 +45,11 @@ bool add_index_varbinds(netsnmp_table_row *row, const TableDesc &desc, KeyView k
             auto [p, n] = r.string(kind == IndexKind::IDX_IMPLIED_OCTET_STR);
             snmp_varlist_add_variable(&row->indexes, nullptr, 0, type, p, n);
         } else if (kind == IndexKind::IDX_IPADDRESS) {
-            uint8_t octets[4];
-            for (uint8_t &o : octets) o = uint8_t(r.next());
-            snmp_varlist_add_variable(&row->indexes, nullptr, 0, type, octets, 4);
+            // net-snmp builds an address index from a host-order word, first
+            // octet most significant (while it parses one into octets).
+            uint32_t v = 0;
+            for (int i = 0; i < 4; ++i) v = v << 8 | (r.next() & 0xff);
+            snmp_varlist_add_variable(&row->indexes, nullptr, 0, type, &v, sizeof(v));
         } else {
             uint32_t v = r.next();
             snmp_varlist_add_variable(&row->indexes, nullptr, 0, type, &v, sizeof(v));

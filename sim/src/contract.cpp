@@ -524,6 +524,73 @@ using helpers::strncpy_safe;
 }  // namespace
 }  // namespace swsim
 
+// ---- layer-2 protocols (l2proto.cpp) -------------------------------------------------------
+
+#include "l2proto.hpp"
+namespace swsim {
+namespace {
+namespace impl {
+using namespace l2proto::calls;
+}
+}  // namespace
+}  // namespace swsim
+
+#define SWSIM_L2PROTO_CALLS(X)                                                                         \
+    X(int, cfg_get_stp_state, (int instance, uint8_t *record), (instance, record), -1)                  \
+    X(int, cfg_get_stp_port_state, (int instance, int unit0, int port0, uint8_t *record),               \
+      (instance, unit0, port0, record), -1)                                                             \
+    X(int, cfg_get_stp_prio, (int instance), (instance), -1)                                            \
+    X(int, cfg_set_stp_prio, (int instance, int prio), (instance, prio), -1)                            \
+    X(int, cfg_get_stp_maxage, (int instance), (instance), -1)                                          \
+    X(int, cfg_set_stp_maxage, (int instance, int cs), (instance, cs), -1)                              \
+    X(int, cfg_get_stp_hello, (int instance), (instance), -1)                                           \
+    X(int, cfg_set_stp_hello, (int instance, int cs), (instance, cs), -1)                               \
+    X(int, cfg_get_stp_ftime, (int instance), (instance), -1)                                           \
+    X(int, cfg_set_stp_ftime, (int instance, int cs), (instance, cs), -1)                               \
+    X(int, cfg_get_stp_enabled, (void), (), -1)                                                         \
+    X(int, cfg_set_stp_domain_enabled, (int instance, int on), (instance, on), -1)                      \
+    X(int, cfg_get_stp_forcemode, (void), (), -1)                                                       \
+    X(int, cfg_set_stp_forcemode, (int mode), (mode), -1)                                               \
+    X(int, cfg_get_stp_port_prio, (int instance, int unit0, int port0), (instance, unit0, port0), -1)   \
+    X(int, cfg_set_stp_port_prio, (int instance, int unit0, int port0, int prio),                       \
+      (instance, unit0, port0, prio), -1)                                                               \
+    X(int, cfg_get_stp_port_cost, (int instance, int unit0, int port0), (instance, unit0, port0), -1)   \
+    X(int, cfg_set_stp_port_cost, (int instance, int unit0, int port0, int cost),                       \
+      (instance, unit0, port0, cost), -1)                                                               \
+    X(int, cfg_get_stp_port_enabled, (int instance, int unit0, int port0), (instance, unit0, port0), -1) \
+    X(int, cfg_set_stp_port_enabled, (int instance, int unit0, int port0, int on),                      \
+      (instance, unit0, port0, on), -1)                                                                 \
+    X(int, cfg_get_stp_port_edge, (int unit0, int port0), (unit0, port0), -1)                           \
+    X(int, cfg_set_stp_port_edge, (int unit0, int port0, int on), (unit0, port0, on), -1)               \
+    X(int, cfg_get_stp_port_linktype, (int unit0, int port0), (unit0, port0), -1)                       \
+    X(int, cfg_set_stp_port_linktype, (int unit0, int port0, int type), (unit0, port0, type), -1)       \
+    X(int, cfg_get_igmp_enable, (void), (), -1)                                                         \
+    X(int, cfg_set_igmp_enable, (int on), (on), -1)                                                     \
+    X(int, cfg_get_igmp_enable_querier, (void), (), -1)                                                 \
+    X(int, cfg_set_igmp_enable_querier, (int on), (on), -1)                                             \
+    X(int, cfg_get_igmp_version, (void), (), -1)                                                        \
+    X(int, cfg_set_igmp_version, (int version), (version), -1)                                          \
+    X(int, cfg_get_igmp_query_count, (void), (), -1)                                                    \
+    X(int, cfg_set_igmp_query_count, (int count), (count), -1)                                          \
+    X(int, cfg_get_igmp_query_interval, (void), (), -1)                                                 \
+    X(int, cfg_set_igmp_query_interval, (int seconds), (seconds), -1)                                   \
+    X(int, cfg_get_igmp_query_timeout, (void), (), -1)                                                  \
+    X(int, cfg_set_igmp_query_timeout, (int seconds), (seconds), -1)                                    \
+    X(int, cfg_get_igmp_router_port, (int unit0, int port0, int vid), (unit0, port0, vid), -1)          \
+    X(int, cfg_set_igmp_router_port, (int unit0, int port0, int vid, int on), (unit0, port0, vid, on), -1) \
+    X(int, cfg_set_igmp_set_mcast, (int unit0, int port0, int vid, uint32_t group, int learned, int on), \
+      (unit0, port0, vid, group, learned, on), -1)                                                      \
+    X(int, verify_created_eaps_domain, (int id), (id), -1)                                              \
+    X(const char *, cfg_get_eaps_name, (int id), (id), nullptr)                                         \
+    X(int, cfg_get_eaps_is_master, (int id), (id), -1)                                                  \
+    X(const uint8_t *, status_get_eaps, (void), (), g_zero_eaps_status)
+
+namespace swsim {
+namespace {
+const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
+}
+}  // namespace swsim
+
 // ---- the catalogue ------------------------------------------------------------------------
 //
 // X(return type, name, parameters, arguments, result while no state is open)
@@ -638,7 +705,8 @@ using helpers::strncpy_safe;
     X(int, cfg_get_port_mirror, (int unit0, int port0, int *mode), (unit0, port0, mode), -1)            \
     X(int, cfg_set_port_mirror, (int unit0, int port0, int mode), (unit0, port0, mode), -1)             \
     X(int, cfg_get_mirror_to, (int *unit0, int *port0), (unit0, port0), -1)                            \
-    X(int, cfg_set_mirror_to, (int unit0, int port0), (unit0, port0), -1)
+    X(int, cfg_set_mirror_to, (int unit0, int port0), (unit0, port0), -1)                               \
+    SWSIM_L2PROTO_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "hooks.hpp"
+#include "l2proto.hpp"
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
@@ -273,5 +274,46 @@ void Switch::set_queue_counter(int unit0, int port0, QueueCounter kind, int queu
 Switch::TrafficInfo Switch::traffic(int unit0, int port0) const {
     return traffic::traffic_info(impl_->v(), unit0, port0);
 }
+// ---- layer-2 protocols ----
+
+void Switch::stp_topology_change() {
+    impl_->change([&](View &v) { l2proto::ops::stp_topology_change(v); });
+}
+void Switch::stp_set_port_state(int unit0, int port0, int state) {
+    impl_->change([&](View &v) { l2proto::ops::stp_set_port_state(v, unit0, port0, state); });
+}
+void Switch::stp_set_root(const StpRoot &root) {
+    impl_->change([&](View &v) { l2proto::ops::stp_set_root(v, root); });
+}
+void Switch::stp_become_root() {
+    impl_->change([&](View &v) { l2proto::ops::stp_become_root(v); });
+}
+void Switch::stp_set_port(int unit0, int port0, const StpPortSettings &settings) {
+    impl_->change([&](View &v) { l2proto::ops::stp_set_port(v, unit0, port0, settings); });
+}
+Switch::StpInfo Switch::stp() const { return l2proto::stp_info(impl_->v()); }
+Switch::StpPortInfo Switch::stp_port(int unit0, int port0) const {
+    return l2proto::stp_port_info(impl_->v(), unit0, port0);
+}
+void Switch::igmp_set_group_port(int vid, uint32_t group, int unit0, int port0, bool member) {
+    impl_->change([&](View &v) { l2proto::ops::igmp_set_group_port(v, vid, group, unit0, port0, member); });
+}
+void Switch::igmp_set_router_port(int vid, int unit0, int port0, bool on) {
+    impl_->change([&](View &v) { l2proto::ops::igmp_set_router_port(v, vid, unit0, port0, on); });
+}
+std::vector<Switch::IgmpGroupInfo> Switch::igmp_groups() const { return l2proto::igmp_groups(impl_->v()); }
+std::vector<std::pair<int, int>> Switch::igmp_router_ports(int vid) const {
+    return l2proto::igmp_router_ports(impl_->v(), vid);
+}
+void Switch::eaps_create(int id, const std::string &name, bool master, uint32_t state) {
+    impl_->change([&](View &v) { l2proto::ops::eaps_create(v, id, name, master, state); });
+}
+void Switch::eaps_delete(int id) {
+    impl_->change([&](View &v) { l2proto::ops::eaps_delete(v, id); });
+}
+void Switch::eaps_set_state(int id, uint32_t state) {
+    impl_->change([&](View &v) { l2proto::ops::eaps_set_state(v, id, state); });
+}
+Switch::EapsInfo Switch::eaps(int id) const { return l2proto::eaps_info(impl_->v(), id); }
 
 }  // namespace swsim

@@ -29,6 +29,7 @@
 #include "swplatform/records.hpp"
 #include "layout_vlans.hpp"
 #include "layout_traffic.hpp"
+#include "layout_l2proto.hpp"
 
 namespace swsim::layout {
 
@@ -155,6 +156,7 @@ struct ConfigModel {
     uint8_t members[kVlanSlots][kIfaces];  // SW_VLAN_* flags
     VlanSettings vlan_settings;
     TrafficConfig traffic;  // rate limits, storm control, mirroring
+    L2ProtoConfig l2proto;
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -174,6 +176,7 @@ struct PortHardware {
 struct Hardware {
     PortHardware ports[kPhysPorts];
     TrafficHardware traffic;  // queue counter offsets
+    L2ProtoHardware l2proto;
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "l2proto.hpp"
 #include "model.hpp"
 #include "util.hpp"
 
@@ -108,6 +109,7 @@ void trunk_create(View &v, int trunk0, bool dynamic) {
     t.configured = 1;
     t.dynamic = dynamic ? 1 : 0;
     init_trunk_iface(v, trunk0);
+    l2proto::reset_trunk(v, trunk0);
 }
 
 void trunk_destroy(View &v, int trunk0) {
@@ -157,6 +159,7 @@ void vlan_delete(View &v, int vid) {
     if (!vl.exists) fail("VLAN " + std::to_string(vid) + " does not exist");
     vl = layout::VlanConfig{};
     std::memset(v.cfg->members[vid], 0, sizeof v.cfg->members[vid]);
+    l2proto::forget_vlan(v, vid);
     fdb_remove_if(v, [&](const layout::FdbEntry &e) { return e.vid == vid; });
     raise_vlan_flags(v);
 }

@@ -9,6 +9,8 @@
 #include <sstream>
 #include <unistd.h>
 
+#include "helpers.hpp"
+#include "l2proto.hpp"
 #include "model.hpp"
 #include "vlans.hpp"
 #include "traffic.hpp"
@@ -116,7 +118,7 @@ public:
 
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
-                            "transceivers", "traffic"});
+                            "transceivers", "traffic", "stp", "igmp", "eaps"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -133,6 +135,7 @@ public:
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         port_controls(root);
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
+        l2proto(root);
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
         s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;
@@ -615,6 +618,154 @@ private:
                 at_field(f.at("mirror"), [&] { traffic::ops::set_mirror(v_, u, p, it->second); });
             }
         }
+    }
+
+    // ---- layer-2 protocols ----
+
+    void l2proto(const Field &root) {
+        l2proto::defaults(v_);
+        if (root.has("stp")) stp(root.at("stp"));
+        if (root.has("igmp")) igmp(root.at("igmp"));
+        if (root.has("eaps") && root.at("eaps").is_object()) {
+            // {"generate": N}: domains 0 .. N-1, the first the ring's master.
+            Field g = root.at("eaps");
+            g.expect_object({"generate"});
+            const int n = int(g.at("generate").integer(1, SW_EAPS_DOMAINS));
+            for (int id = 0; id < n; ++id)
+                l2proto::ops::eaps_create(v_, id, "ring-" + std::to_string(id), id == 0, uint32_t(id % 5));
+        } else if (root.has("eaps"))
+            for (const Field &f : root.at("eaps").items()) {
+                f.expect_object({"id", "name", "master", "state"});
+                if (!f.has("id") || !f.has("name")) f.fail("needs an id (0..63) and a name");
+                const int id = int(f.at("id").integer(0, SW_EAPS_DOMAINS - 1));
+                at_field(f, [&] {
+                    l2proto::ops::eaps_create(v_, id, f.at("name").text(SW_EAPS_NAME_SIZE - 1), f.boolean("master", false),
+                                              uint32_t(f.integer("state", 0, UINT32_MAX, 0)));
+                });
+            }
+    }
+
+    void stp(const Field &f) {
+        f.expect_object({"enabled", "force_mode", "priority", "max_age", "hello", "forward_delay", "root",
+                         "topology_changes", "ports"});
+        layout::L2ProtoConfig &c = v_.cfg->l2proto;
+        c.stp_enabled = f.boolean("enabled", true);
+        c.stp_force_mode = uint8_t(f.integer("force_mode", 0, 3, 0));
+        c.stp_prio = int32_t(f.integer("priority", 0, 61440, 32768));
+        if (c.stp_prio % 4096) f.at("priority").fail("must be a multiple of 4096");
+        c.stp_max_age = int32_t(f.integer("max_age", 600, 4000, 2000));
+        c.stp_hello = int32_t(f.integer("hello", 100, 1000, 200));
+        c.stp_fwd_delay = int32_t(f.integer("forward_delay", 400, 3000, 1500));
+        if (f.has("root")) {
+            Field r = f.at("root");
+            r.expect_object({"priority", "mac", "cost", "port"});
+            Switch::StpRoot root;
+            root.prio = int(r.integer("priority", 0, 61440, 4096));
+            if (!parse_mac(r.text("mac", 17, "00:00:5e:00:53:01"), root.mac))
+                r.at("mac").fail("must be a MAC address like 00:11:22:33:44:55");
+            root.cost = uint32_t(r.integer("cost", 1, 200000000, 20000));
+            if (!r.has("port")) r.fail("needs the port the root is reached on");
+            auto ports = select(r.at("port"));
+            if (ports.size() != 1) r.at("port").fail("must name one port or trunk");
+            root.unit0 = ports[0].first;
+            root.port0 = ports[0].second;
+            at_field(r, [&] { l2proto::ops::stp_set_root(v_, root); });
+        }
+        v_.hw->l2proto.stp.changes = uint32_t(f.integer("topology_changes", 0, UINT32_MAX, v_.hw->l2proto.stp.changes));
+        if (f.has("ports"))
+            for (const Field &p : f.at("ports").items()) stp_port(p);
+    }
+
+    void stp_port(const Field &f) {
+        f.expect_object({"select", "enabled", "edge", "link_type", "priority", "cost", "state"});
+        if (!f.has("select")) f.fail("needs a select field");
+        Switch::StpPortSettings s;
+        if (f.has("enabled")) s.enabled = f.at("enabled").boolean();
+        if (f.has("edge")) s.edge = f.at("edge").boolean();
+        s.prio = int(f.integer("priority", 0, 240, -1));
+        s.cost = f.integer("cost", 1, 200000000, -1);
+        static const std::map<std::string, int> kLinks = {
+            {"p2p", SW_STP_LINK_P2P}, {"shared", SW_STP_LINK_SHARED}, {"auto", SW_STP_LINK_AUTO}};
+        static const std::map<std::string, int> kStates = {{"auto", -1}, {"disabled", SW_STP_DISABLED},
+            {"blocking", SW_STP_BLOCKING}, {"learning", SW_STP_LEARNING}, {"forwarding", SW_STP_FORWARDING}};
+        auto pick = [](const Field &k, const std::map<std::string, int> &names, const char *choices) {
+            auto it = names.find(k.text(16));
+            if (it == names.end()) k.fail(std::string("must be one of ") + choices);
+            return it->second;
+        };
+        if (f.has("link_type")) s.linktype = pick(f.at("link_type"), kLinks, "p2p, shared, auto");
+        for (auto [u, p] : select(f.at("select"))) {
+            at_field(f, [&] { l2proto::ops::stp_set_port(v_, u, p, s); });
+            if (f.has("state")) {
+                const int state = pick(f.at("state"), kStates, "auto, disabled, blocking, learning, forwarding");
+                at_field(f, [&] { l2proto::ops::stp_set_port_state(v_, u, p, state); });
+            }
+        }
+    }
+
+    void igmp(const Field &f) {
+        f.expect_object({"enabled", "querier", "version", "query_count", "query_interval", "query_timeout", "groups",
+                         "router_ports"});
+        layout::L2ProtoConfig &c = v_.cfg->l2proto;
+        c.igmp_enabled = f.boolean("enabled", true);
+        c.igmp_querier = f.boolean("querier", false);
+        c.igmp_version = uint8_t(f.integer("version", 1, 3, 2));
+        c.igmp_query_count = int32_t(f.integer("query_count", 2, 10, 2));
+        c.igmp_query_interval = int32_t(f.integer("query_interval", 60, 125, 125));
+        c.igmp_query_timeout = int32_t(f.integer("query_timeout", 300, 500, 300));
+        if (f.has("groups") && f.at("groups").is_object()) {
+            // {"generate": N, "ports": selection}: groups 239.1.0.1 .. on the
+            // existing VLANs in turn, each with the selected ports.
+            Field g = f.at("groups");
+            g.expect_object({"generate", "ports"});
+            const int n = int(g.at("generate").integer(1, int(swp::igmp_groups::kRecords)));
+            std::vector<int> vids;
+            for (int vid = 1; vid <= SW_MAX_VLAN_ID; ++vid)
+                if (v_.cfg->vlans[vid].exists) vids.push_back(vid);
+            const auto ports = g.has("ports") ? user_ports(g.at("ports")) : std::vector<std::pair<int, int>>{};
+            for (int i = 0; i < n; ++i)
+                for (auto [u, p] : ports)
+                    at_field(g, [&] {
+                        l2proto::ops::igmp_set_group_port(v_, vids[std::size_t(i) % vids.size()],
+                                                          0xef010001u + uint32_t(i), u, p, true);
+                    });
+        } else if (f.has("groups"))
+            for (const Field &g : f.at("groups").items()) {
+                g.expect_object({"vid", "group", "ports"});
+                for (const char *key : {"vid", "group", "ports"})
+                    if (!g.has(key)) g.fail(std::string("needs a ") + key + " field");
+                const int vid = int(g.at("vid").integer(1, SW_MAX_VLAN_ID));
+                uint32_t group = 0;
+                if (helpers::ip_str_to_uint32(g.at("group").text(15).c_str(), &group) != 0)
+                    g.at("group").fail("must be an IPv4 address like 239.1.1.1");
+                for (auto [u, p] : user_ports(g.at("ports")))
+                    at_field(g, [&] { l2proto::ops::igmp_set_group_port(v_, vid, group, u, p, true); });
+            }
+        if (f.has("router_ports"))
+            for (const Field &r : f.at("router_ports").items()) {
+                r.expect_object({"vid", "range", "ports"});
+                if (r.has("vid") == r.has("range") || !r.has("ports")) r.fail("needs vid or range, and ports");
+                int lo, hi;
+                if (r.has("vid")) {
+                    lo = hi = int(r.at("vid").integer(1, SW_MAX_VLAN_ID));
+                } else {
+                    auto range = r.at("range").items();
+                    if (range.size() != 2) r.at("range").fail("must be [first, last]");
+                    lo = int(range[0].integer(1, SW_MAX_VLAN_ID));
+                    hi = int(range[1].integer(lo, SW_MAX_VLAN_ID));
+                }
+                const auto ports = user_ports(r.at("ports"));
+                for (int vid = lo; vid <= hi; ++vid)
+                    for (auto [u, p] : ports)
+                        at_field(r, [&] { l2proto::ops::igmp_set_router_port(v_, vid, u, p, true); });
+            }
+    }
+
+    std::vector<std::pair<int, int>> user_ports(const Field &f) {
+        auto ports = select(f);
+        for (auto [u, p] : ports)
+            if (p >= layout::kTrunkPortBase) f.fail("IGMP snooping takes user ports, not trunks");
+        return ports;
     }
 
     View &v_;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include "l2proto.hpp"
 #include "model.hpp"
 
 namespace swsim {
@@ -77,6 +78,7 @@ int cfg_vlan_destroy(const View &v, int vid) {
     std::memset(v.cfg->members[vid], 0, sizeof v.cfg->members[vid]);
     for (layout::VlanPortConfig &p : v.cfg->vlan_settings.ports)
         if (p.pvid == vid) p.pvid = 1;
+    l2proto::forget_vlan(v, vid);
     View changed = v;
     model::raise_vlan_flags(changed);
     return 0;

@@ -166,9 +166,9 @@ TEST_F(Reads, GetNextAndGetBulkCrossBridgeTables) {
     ASSERT_EQ(r.varbinds.size(), 1u);
     EXPECT_EQ(r.varbinds[0].oid, oids::base_port_column(2, rows.front()));
 
-    // From the table's last cell over the transparent-bridge scalars, past
-    // the unregistered dot1dTpFdbTable, into dot1dTpPortTable.
-    r = reader().get_bulk({oids::base_port_column(5, rows.back())}, 0, 5);
+    // From the spanning-tree port table's last cell over the transparent-bridge
+    // scalars, past the unregistered dot1dTpFdbTable, into dot1dTpPortTable.
+    r = reader().get_bulk({child({1, 3, 6, 1, 2, 1, 17, 2, 15, 1}, {10, rows.back()})}, 0, 5);
     ASSERT_TRUE(r.answered);
     ASSERT_EQ(r.varbinds.size(), 5u);
     EXPECT_EQ(r.varbinds[0].oid, oids::kTpLearnedEntryDiscards);

@@ -9,15 +9,7 @@ namespace {
 
 using simtest::SwitchTest;
 using simtest::TempDir;
-
-std::string build_error(const std::string &state, const std::string &json) {
-    try {
-        swsim::create_state_from_json(state, json, "scenarios/x.json");
-    } catch (const swsim::Error &e) {
-        return e.what();
-    }
-    return "(built)";
-}
+using simtest::build_error;
 
 TEST_F(TempDir, ABadFieldIsNamedWithItsFile) {
     const std::pair<const char *, const char *> cases[] = {

@@ -33,6 +33,16 @@ inline const char *kSmallSwitch = R"({
           {"mac": "00:00:00:00:00:04", "vid": 10, "port": "2/1"}]
 })";
 
+// The complaint of building a scenario ("(built)" when there is none).
+inline std::string build_error(const std::string &state, const std::string &json) {
+    try {
+        swsim::create_state_from_json(state, json, "scenarios/x.json");
+    } catch (const swsim::Error &e) {
+        return e.what();
+    }
+    return "(built)";
+}
+
 // A fresh directory for each test, removed afterwards.
 class TempDir : public ::testing::Test {
 protected:

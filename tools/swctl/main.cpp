@@ -195,6 +195,7 @@ public:
         add_fault();
         add_journal();
         add_port_controls();
+        add_l2proto();
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 
@@ -541,6 +542,141 @@ private:
     swsim::Ddm ddm_;
     uint32_t burst_ = 0, pps_ = 0;
     std::string value_;
+    // ---- layer-2 protocols ----
+
+    static int stp_state_code(const std::string &name) {
+        static const std::map<std::string, int> states = {
+            {"auto", -1}, {"disabled", SW_STP_DISABLED}, {"blocking", SW_STP_BLOCKING},
+            {"learning", SW_STP_LEARNING}, {"forwarding", SW_STP_FORWARDING}};
+        return states.at(name);
+    }
+
+    static uint32_t parse_group(const std::string &text) {
+        uint32_t group = 0;
+        if (ip_str_to_uint32(text.c_str(), &group) != 0) throw Error("'" + text + "' is not an IPv4 group address");
+        return group;
+    }
+
+    static void show_stp(const swsim::Switch &sw) {
+        auto s = sw.stp();
+        std::printf("spanning tree  %s, force mode %d\n", s.enabled ? "on" : "off", s.force_mode);
+        std::printf("bridge         priority %d, max age %d, hello %d, forward delay %d (1/100 s)\n", s.prio,
+                    s.max_age, s.hello, s.fwd_delay);
+        std::printf("root           %s %d/%s, cost %u%s\n", s.root_bridge ? "this bridge" : "bridge", s.root_prio,
+                    mac_text(s.root_mac).c_str(), s.root_cost,
+                    s.root_bridge ? "" : (", via " + port_text(s.root_unit0, s.root_port0)).c_str());
+        std::printf("changes        %u\n", s.changes);
+        static const char *names[] = {"disabled", "blocking", "learning", "forwarding"};
+        std::printf("%-6s %-11s %-4s %-9s %-4s %-5s %s\n", "port", "state", "stp", "cost", "prio", "edge", "link type");
+        auto line = [&](int u, int p) {
+            auto i = sw.stp_port(u, p);
+            static const char *links[] = {"?", "p2p", "shared", "auto"};
+            std::printf("%-6s %-10s%s %-4s %-9u %-4d %-5s %s\n", port_text(u, p).c_str(), names[i.state & 3],
+                        i.forced ? "*" : " ", i.enabled ? "on" : "off", i.cost, i.prio, i.edge ? "yes" : "",
+                        links[i.linktype & 3]);
+        };
+        for (int u = 0; u < SW_MAX_UNITS; ++u) {
+            auto info = sw.unit(u);
+            for (int p = 0; info.known && p < info.ports; ++p) line(u, p);
+        }
+        for (int t = 0; t < SW_MAX_TRUNKS; ++t)
+            if (sw.trunk(t).configured) line(0, 512 + t);
+    }
+
+    static void show_igmp(const swsim::Switch &sw) {
+        auto group_text = [](uint32_t g) {
+            char buf[16];
+            ip_uint32_to_str(g, buf, sizeof buf);
+            return std::string(buf);
+        };
+        std::printf("%-5s %-16s %s\n", "vlan", "group", "ports");
+        for (const auto &g : sw.igmp_groups())
+            std::printf("%-5d %-16s %s\n", g.vid, group_text(g.group).c_str(), port_list(g.ports).c_str());
+        std::printf("\n%-5s %s\n", "vlan", "router ports");
+        for (int vid : sw.vlan_ids()) {
+            auto ports = sw.igmp_router_ports(vid);
+            if (!ports.empty()) std::printf("%-5d %s\n", vid, port_list(ports).c_str());
+        }
+    }
+
+    static void show_eaps(const swsim::Switch &sw) {
+        std::printf("%-3s %-24s %-8s %s\n", "id", "name", "role", "state");
+        for (int id = 0; id < SW_EAPS_DOMAINS; ++id) {
+            auto e = sw.eaps(id);
+            if (e.created)
+                std::printf("%-3d %-24s %-8s %u\n", id, e.name.c_str(), e.master ? "master" : "transit", e.state);
+        }
+    }
+
+    void add_l2proto() {
+        auto *stp = app_.add_subcommand("stp", "Spanning tree: show, port states, topology changes, the root");
+        stp->require_subcommand(1);
+        add(stp, "show", "Settings, root and port states (* set by 'stp state')", [](swsim::Switch &sw) { show_stp(sw); });
+        auto *state = add(stp, "state", "Put a port or trunk (Tn) into a state, or back to auto", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_, true);
+            sw.stp_set_port_state(p.unit0, p.port0, stp_state_code(b_));
+        });
+        state->add_option("port", a_, "UNIT/PORT or Tn")->required();
+        state->add_option("state", b_, "auto, disabled, blocking, learning or forwarding")
+            ->required()
+            ->check(CLI::IsMember({"auto", "disabled", "blocking", "learning", "forwarding"}));
+        add(stp, "change", "Count a topology change now", [](swsim::Switch &sw) { sw.stp_topology_change(); });
+        auto *root = add(stp, "root", "Hear a root bridge on a port or trunk, or 'self' to become root",
+                         [this](swsim::Switch &sw) {
+                             if (a_ == "self") return sw.stp_become_root();
+                             swsim::Switch::StpRoot r;
+                             auto p = parse_port(a_, true);
+                             r.unit0 = p.unit0;
+                             r.port0 = p.port0;
+                             r.prio = parse_int(root_prio_, "bridge priority");
+                             parse_mac(root_mac_, r.mac);
+                             r.cost = uint32_t(parse_u64(root_cost_, "root path cost"));
+                             sw.stp_set_root(r);
+                         });
+        root->add_option("port", a_, "UNIT/PORT, Tn or self")->required();
+        root->add_option("--priority", root_prio_, "Root bridge priority")->capture_default_str();
+        root->add_option("--mac", root_mac_, "Root bridge MAC address")->capture_default_str();
+        root->add_option("--cost", root_cost_, "Root path cost through the port")->capture_default_str();
+
+        auto *igmp = app_.add_subcommand("igmp", "IGMP snooping: static groups and router ports");
+        igmp->require_subcommand(1);
+        add(igmp, "show", "Static groups and router ports", [](swsim::Switch &sw) { show_igmp(sw); });
+        auto *group = add(igmp, "group", "Add a port to a static group or take it out", [this](swsim::Switch &sw) {
+            auto p = parse_port(c_);
+            sw.igmp_set_group_port(parse_int(a_, "VLAN ID"), parse_group(b_), p.unit0, p.port0, what_ == "on");
+        });
+        group->add_option("vid", a_, "VLAN ID")->required();
+        group->add_option("group", b_, "Group address, e.g. 239.1.1.1")->required();
+        group->add_option("port", c_, "UNIT/PORT")->required();
+        group->add_option("state", what_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        auto *router = add(igmp, "router", "Make a port a multicast router port of a VLAN, or not", [this](swsim::Switch &sw) {
+            auto p = parse_port(b_);
+            sw.igmp_set_router_port(parse_int(a_, "VLAN ID"), p.unit0, p.port0, what_ == "on");
+        });
+        router->add_option("vid", a_, "VLAN ID")->required();
+        router->add_option("port", b_, "UNIT/PORT")->required();
+        router->add_option("state", what_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+
+        auto *eaps = app_.add_subcommand("eaps", "Ring protection domains (IDs 0..63)");
+        eaps->require_subcommand(1);
+        add(eaps, "show", "Domains, roles and states", [](swsim::Switch &sw) { show_eaps(sw); });
+        auto *create = add(eaps, "create", "Configure a domain", [this](swsim::Switch &sw) {
+            sw.eaps_create(parse_int(a_, "domain ID"), name_, flag_, uint32_t(parse_u64(ring_state_, "ring state")));
+        });
+        create->add_option("id", a_, "Domain ID (0..63)")->required();
+        create->add_option("name", name_, "Domain name")->required();
+        create->add_flag("--master", flag_, "This switch is the ring's master node");
+        create->add_option("--state", ring_state_, "Ring state (the platform's code)")->capture_default_str();
+        auto *del = add(eaps, "delete", "Remove a domain", [this](swsim::Switch &sw) { sw.eaps_delete(parse_int(a_, "domain ID")); });
+        del->add_option("id", a_, "Domain ID")->required();
+        auto *st = add(eaps, "state", "Set a domain's ring state", [this](swsim::Switch &sw) {
+            sw.eaps_set_state(parse_int(a_, "domain ID"), uint32_t(parse_u64(b_, "ring state")));
+        });
+        st->add_option("id", a_, "Domain ID")->required();
+        st->add_option("state", b_, "Ring state (the platform's code)")->required();
+    }
+
+    std::string root_prio_ = "4096", root_mac_ = "00:00:5e:00:53:01", root_cost_ = "20000", ring_state_ = "0";
 
     CLI::App app_;
     std::function<void()> action_;

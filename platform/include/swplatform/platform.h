@@ -254,6 +254,7 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #endif
 
 #include "swplatform/vlans.h"
+#include "swplatform/l2proto.h"
 
 #endif
 

@@ -279,6 +279,72 @@ public:
 
 private:
     std::unique_ptr<Impl> impl_;
+
+public:
+    // ---- layer-2 protocols ----
+    // Spanning tree: settings, where the tree converged, topology changes.
+    // Times in hundredths of a second.
+    struct StpInfo {
+        bool enabled = false;
+        int force_mode = 0;
+        int prio = 0, max_age = 0, hello = 0, fwd_delay = 0;
+        bool root_bridge = true;  // this bridge is the root
+        int root_prio = 0;
+        uint8_t root_mac[6] = {};
+        uint32_t root_cost = 0;
+        int root_unit0 = -1, root_port0 = -1;  // where the root is reached
+        uint32_t changes = 0;
+    };
+    struct StpPortInfo {
+        int state = 0;  // SW_STP_*, as the platform reports it
+        bool forced = false;  // set by stp_set_port_state, not derived
+        bool enabled = false, edge = false;
+        int linktype = 0, prio = 0;
+        uint32_t cost = 0;
+    };
+    // Settings of one port; a negative value leaves it as it is.
+    struct StpPortSettings {
+        int enabled = -1, edge = -1, linktype = -1, prio = -1;
+        int64_t cost = -1;
+    };
+    // A root elsewhere in the network, heard on (unit0, port0).
+    struct StpRoot {
+        int prio = 32768;
+        uint8_t mac[6] = {};
+        uint32_t cost = 0;  // root path cost through that port
+        int unit0 = 0, port0 = 0;
+        int max_age = 2000, hello = 200, fwd_delay = 1500;
+    };
+    void stp_topology_change();
+    void stp_set_port_state(int unit0, int port0, int state);  // -1: follow link and settings
+    void stp_set_root(const StpRoot &root);
+    void stp_become_root();
+    void stp_set_port(int unit0, int port0, const StpPortSettings &settings);
+    StpInfo stp() const;
+    StpPortInfo stp_port(int unit0, int port0) const;
+
+    // IGMP snooping: static groups (user ports) and multicast router ports.
+    struct IgmpGroupInfo {
+        int vid = 0;
+        uint32_t group = 0;  // IPv4, host order
+        std::vector<std::pair<int, int>> ports;  // (unit0, port0)
+    };
+    void igmp_set_group_port(int vid, uint32_t group, int unit0, int port0, bool member);
+    void igmp_set_router_port(int vid, int unit0, int port0, bool on);
+    std::vector<IgmpGroupInfo> igmp_groups() const;
+    std::vector<std::pair<int, int>> igmp_router_ports(int vid) const;
+
+    // Ring protection domains 0..63 and their states (the platform's codes).
+    struct EapsInfo {
+        bool created = false;
+        bool master = false;
+        std::string name;
+        uint32_t state = 0;
+    };
+    void eaps_create(int id, const std::string &name, bool master, uint32_t state = 0);
+    void eaps_delete(int id);
+    void eaps_set_state(int id, uint32_t state);
+    EapsInfo eaps(int id) const;
 };
 
 // The names of the platform calls that faults can be armed on.

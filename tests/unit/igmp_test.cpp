@@ -1,0 +1,239 @@
+// IGMP snooping: the group records' word bitmaps as port lists, the static
+// port writes (on/off per port, which failures end a write), the rows of the
+// four tables and the settings bound to one another.
+#include <vector>
+
+#include "fixture.hpp"
+#include "mibs/bridge/igmp_groups.hpp"
+#include "scalars/catalogue.hpp"
+#include "tables/catalogue.hpp"
+
+extern "C" {
+void igmpSnoopMulticastStaticTable_removeEntry(uint32_t vlan, uint32_t group) {
+    unit::rows().removed.push_back("static " + std::to_string(vlan) + "/" + std::to_string(group));
+}
+void igmpSnoopMulticastCurrentTable_removeEntry(uint32_t vlan, uint32_t group) {
+    unit::rows().removed.push_back("current " + std::to_string(vlan) + "/" + std::to_string(group));
+}
+void igmpSnoopRouterStaticTable_removeEntry(uint32_t vlan) {
+    unit::rows().removed.push_back("router static " + std::to_string(vlan));
+}
+void igmpSnoopRouterCurrentTable_removeEntry(uint32_t vlan) {
+    unit::rows().removed.push_back("router current " + std::to_string(vlan));
+}
+}
+
+namespace unit {
+namespace {
+
+namespace groups = swp::igmp_groups;
+using Octets = std::vector<uint8_t>;
+
+constexpr uint32_t kGroupA = 0xef010101;  // 239.1.1.1
+constexpr uint32_t kGroupB = 0xef020202;  // 239.2.2.2
+
+std::vector<std::pair<uint32_t, uint32_t>> &pair_rows() {
+    static std::vector<std::pair<uint32_t, uint32_t>> rows;
+    return rows;
+}
+void *add_pair_row(uint32_t vlan, uint32_t group) {
+    pair_rows().emplace_back(vlan, group);
+    return &pair_rows();
+}
+
+class IgmpTest : public SwitchTest {
+protected:
+    // Two units of 28 ports; VLAN 20 exists but is not active.
+    std::string scenario() const override {
+        return R"({"units": {"count": 2, "ports": 28},
+                   "vlans": [{"vid": 1, "untagged": "all"}, {"vid": 10}, {"vid": 20, "active": false}],
+                   "igmp": {"enabled": true, "version": 2,
+                            "groups": [{"vid": 10, "group": "239.1.1.1", "ports": ["1/1", "1/3", "2/2"]},
+                                       {"vid": 20, "group": "239.2.2.2", "ports": "1/2"}],
+                            "router_ports": [{"vid": 10, "ports": "1/5"}]}})";
+    }
+    void SetUp() override {
+        SwitchTest::SetUp();
+        pair_rows().clear();
+    }
+    static Octets static_ports(uint32_t vlan, uint32_t group) {
+        size_t len = 0;
+        const uint8_t *p = get_igmpSnoopMulticastStaticPorts(vlan, group, &len);
+        return Octets(p, p + len);
+    }
+    static Octets router_ports(uint32_t vlan) {
+        size_t len = 0;
+        const uint8_t *p = get_igmpSnoopRouterStaticPorts(vlan, &len);
+        return Octets(p, p + len);
+    }
+    // The calls of `name` that `body` makes.
+    template <class Body>
+    std::vector<swsim::JournalEntry> calls_named(const std::string &name, Body &&body) {
+        std::vector<swsim::JournalEntry> out;
+        for (auto &c : calls_of(body))
+            if (c.call == name) out.push_back(c);
+        return out;
+    }
+    // A read port list of the two-unit stack with the given (octet, mask) bits.
+    static Octets expected(std::initializer_list<std::pair<int, uint8_t>> bits) {
+        Octets o(64, 0);
+        for (auto [at, mask] : bits) o[size_t(at)] |= mask;
+        return o;
+    }
+};
+
+TEST_F(IgmpTest, WordBitmapsBecomeMostSignificantFirstOctets) {
+    // 1/1, 1/3 and 2/2: unit 1 is read at octet 8.
+    EXPECT_EQ(static_ports(10, kGroupA), expected({{0, 0x80}, {0, 0x20}, {8, 0x40}}));
+    // No matching record: all zeros, the full length.
+    EXPECT_EQ(static_ports(10, kGroupB), expected({}));
+
+    // Records written straight into the image: a second record of the same
+    // group adds its ports; ports the units do not have (28 each) are kept
+    // in the record but not shown.
+    uint8_t *image = cfg_get_cfg();
+    uint8_t *rec = groups::record(image, groups::kRecords - 1);
+    groups::set_word(rec, groups::kInUseWord, 1);
+    groups::set_word(rec, groups::kGroupWord, kGroupA);
+    groups::set_word(rec, groups::kVlanWord, 10);
+    groups::set_word(rec, groups::bitmap_word(0, 25), 1u << 25);            // 1/26
+    groups::set_word(rec, groups::bitmap_word(1, 27), 1u << 27 | 1u << 31);  // 2/28, 2/32
+    groups::set_word(rec, groups::bitmap_word(0, 33), 1u << 1);             // 1/34
+    const snmpapi::igmp::GroupPorts ports = snmpapi::igmp::group_ports(image, 10, kGroupA);
+    EXPECT_TRUE(snmpapi::igmp::has_port(ports, 0, 33));
+    EXPECT_TRUE(snmpapi::igmp::has_port(ports, 1, 31));
+    EXPECT_TRUE(snmpapi::igmp::has_port(ports, 0, 0));
+    EXPECT_FALSE(snmpapi::igmp::has_port(ports, 0, 1));
+    EXPECT_FALSE(snmpapi::igmp::has_port(ports, 8, 0));
+    EXPECT_EQ(static_ports(10, kGroupA), expected({{0, 0xa0}, {3, 0x40}, {8, 0x40}, {11, 0x10}}));
+    // The current table shows the same bits.
+    size_t len = 0;
+    const uint8_t *cur = get_igmpSnoopMulticastCurrentPorts(10, kGroupA, &len);
+    EXPECT_EQ(Octets(cur, cur + len), static_ports(10, kGroupA));
+}
+
+TEST_F(IgmpTest, StaticGroupRowsAndActiveVlans) {
+    EXPECT_EQ(init_index_igmpSnoopMulticastStaticTable(add_pair_row), 0);
+    EXPECT_EQ(pair_rows(), (std::vector<std::pair<uint32_t, uint32_t>>{{10, kGroupA}, {20, kGroupB}}));
+    pair_rows().clear();
+    EXPECT_EQ(init_index_igmpSnoopMulticastCurrentTable(add_pair_row), 0);
+    EXPECT_EQ(pair_rows(), (std::vector<std::pair<uint32_t, uint32_t>>{{10, kGroupA}}));
+    // The current table's check does not ask whether the VLAN is active.
+    EXPECT_EQ(exists_entry_igmpSnoopMulticastCurrentTable(20, kGroupB), 1);
+
+    sw().igmp_set_group_port(20, kGroupB, 0, 1, false);  // its last port
+    EXPECT_EQ(exists_entry_igmpSnoopMulticastStaticTable(20, kGroupB), 0);
+    EXPECT_EQ(exists_entry_igmpSnoopMulticastCurrentTable(20, kGroupB), 0);
+    EXPECT_EQ(rows().removed, (std::vector<std::string>{"static 20/" + std::to_string(kGroupB),
+                                                        "current 20/" + std::to_string(kGroupB)}));
+}
+
+TEST_F(IgmpTest, StaticPortWriteSetsAndClearsEveryPort) {
+    // Octet 0 = 0xff: ports 1/1..1/7 on, 1/8 untouched; everything beyond the
+    // single octet given is cleared.
+    sw().igmp_set_group_port(10, kGroupA, 0, 7, true);  // 1/8
+    const uint8_t value[1] = {0xff};
+    auto made = calls_named("cfg_set_igmp_set_mcast",
+                            [&] { EXPECT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, value, 1), 0); });
+    ASSERT_EQ(made.size(), 2u * 25u);  // every user port of both units but ports 8, 16 and 24
+    EXPECT_EQ(made[0].args, "0,0,10," + std::to_string(kGroupA) + ",0,1");
+    EXPECT_EQ(made[7].args, "0,8,10," + std::to_string(kGroupA) + ",0,0");
+    EXPECT_EQ(static_ports(10, kGroupA), expected({{0, 0xff}}));
+
+    // All zeros: every port goes but the last of each octet.
+    const Octets zeros(64, 0);
+    ASSERT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, zeros.data(), zeros.size()), 0);
+    EXPECT_EQ(static_ports(10, kGroupA), expected({{0, 0x01}}));
+
+    // A new group is made by its first port.
+    Octets two_units(64, 0);
+    two_units[32] = 0x40;  // written layout: unit 1 starts at octet 32
+    ASSERT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupB, two_units.data(), two_units.size()), 0);
+    EXPECT_EQ(static_ports(10, kGroupB), expected({{8, 0x40}}));
+}
+
+TEST_F(IgmpTest, FailedAddEndsTheWriteFailedRemovalDoesNot) {
+    // First call (port 1/1, bit clear) fails: ignored, the walk goes on.
+    sw().fault_set("cfg_set_igmp_set_mcast", -7, 1);
+    const uint8_t add_second[1] = {0x40};
+    EXPECT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, add_second, 1), 0);
+    EXPECT_EQ(static_ports(10, kGroupA), expected({{0, 0x80 | 0x40}}));  // 1/1 stayed: its removal failed
+    // The first call adds a port and fails: the write stops there.
+    sw().fault_set("cfg_set_igmp_set_mcast", -7, 1);
+    const uint8_t add_first[1] = {0x80};
+    size_t n = count_calls("cfg_set_igmp_set_mcast",
+                           [&] { EXPECT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, add_first, 1), -7); });
+    EXPECT_EQ(n, 1u);
+    // A group on a VLAN that does not exist cannot be made.
+    EXPECT_LT(set_igmpSnoopMulticastStaticPorts(30, kGroupA, add_first, 1), 0);
+}
+
+TEST_F(IgmpTest, RouterPortRowsAndWrites) {
+    EXPECT_EQ(init_index_igmpSnoopRouterStaticTable(add_gauge_row), 0);
+    EXPECT_EQ(rows().ints, std::vector<int32_t>{10});
+    EXPECT_EQ(router_ports(10), expected({{0, 0x08}}));
+    size_t len = 0;
+    const uint8_t *cur = get_igmpSnoopRouterCurrentPorts(10, &len);
+    EXPECT_EQ(Octets(cur, cur + len), router_ports(10));
+
+    // Router ports on VLAN 1: 1/2 and 2/1; they stop being router ports of 10.
+    Octets value(64, 0);
+    value[0] = 0x40;
+    value[32] = 0x80;
+    auto made = calls_named("cfg_set_igmp_router_port",
+                            [&] { EXPECT_EQ(set_igmpSnoopRouterStaticPorts(1, value.data(), value.size()), 0); });
+    ASSERT_EQ(made.size(), 2u * 25u);
+    EXPECT_EQ(made[1].args, "0,1,1,1");
+    EXPECT_EQ(router_ports(1), expected({{0, 0x40}, {8, 0x80}}));
+    EXPECT_EQ(sw().igmp_router_ports(1), (std::vector<std::pair<int, int>>{{0, 1}, {1, 0}}));
+    ASSERT_EQ(set_igmpSnoopRouterStaticPorts(10, nullptr, 0), 0);
+    EXPECT_EQ(exists_entry_igmpSnoopRouterStaticTable(10), 0);
+    EXPECT_EQ(rows().removed, std::vector<std::string>{"router static 10"});
+    rows().clear();
+    EXPECT_EQ(init_index_igmpSnoopRouterCurrentTable(add_gauge_row), 0);
+    EXPECT_EQ(rows().ints, std::vector<int32_t>{1});
+
+    // A unit that leaves takes its router ports out of the rows' reason.
+    sw().set_unit_present(1, false);
+    sw().igmp_set_router_port(1, 0, 1, false);
+    EXPECT_EQ(exists_entry_igmpSnoopRouterCurrentTable(1), 0);
+
+    // A read that fails leaves the port out.
+    sw().igmp_set_router_port(1, 0, 3, true);
+    sw().fault_set("cfg_get_igmp_router_port", -1, -1);
+    EXPECT_EQ(router_ports(1), Octets(32, 0));
+}
+
+TEST_F(IgmpTest, SettingsAndTheirBindings) {
+    EXPECT_EQ(get_igmpSnoopStatus(), 1);
+    for (int32_t off : {2, 7}) {
+        auto made = calls_of([&] { EXPECT_EQ(set_igmpSnoopStatus(off), 0); });
+        ASSERT_EQ(made.size(), 1u);
+        EXPECT_EQ(made[0].args, "0");
+        EXPECT_EQ(get_igmpSnoopStatus(), 2);
+    }
+    ASSERT_EQ(set_igmpSnoopStatus(1), 0);
+    EXPECT_EQ(get_igmpSnoopStatus(), 1);
+    EXPECT_EQ(get_igmpSnoopQuerier(), 2);
+    ASSERT_EQ(set_igmpSnoopQuerier(1), 0);
+    EXPECT_EQ(get_igmpSnoopQuerier(), 1);
+
+    // The maximum response time is the query interval, both ways.
+    ASSERT_EQ(set_igmpSnoopQueryMaxResponseTime(10), 0);
+    EXPECT_EQ(get_igmpSnoopQueryInterval(), 10);
+    ASSERT_EQ(set_igmpSnoopQueryInterval(90), 0);
+    EXPECT_EQ(get_igmpSnoopQueryMaxResponseTime(), 90);
+
+    ASSERT_EQ(set_igmpSnoopQueryCount(5), 0);
+    EXPECT_EQ(get_igmpSnoopQueryCount(), 5);
+    ASSERT_EQ(set_igmpSnoopQueryTimeout(400), 0);
+    EXPECT_EQ(get_igmpSnoopQueryTimeout(), 400);
+    ASSERT_EQ(set_igmpSnoopVersion(1), 0);
+    EXPECT_EQ(get_igmpSnoopVersion(), 1);
+    sw().fault_set("cfg_set_igmp_version", -2, 1);
+    EXPECT_EQ(set_igmpSnoopVersion(2), -2);
+    EXPECT_EQ(get_igmpSnoopVersion(), 1);
+}
+
+}  // namespace
+}  // namespace unit
