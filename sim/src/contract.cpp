@@ -28,6 +28,7 @@
 
 #include "helpers.hpp"
 #include "hooks.hpp"
+#include "ifaces.hpp"
 #include "locks.hpp"
 #include "model.hpp"
 #include "util.hpp"
@@ -203,6 +204,7 @@ inline bool watched() { return hooks::hot(g_hot.load(std::memory_order_relaxed))
 
 namespace impl {
 
+using namespace ifaces_impl;
 using model::iface_of;
 using model::phys_of;
 
@@ -266,6 +268,7 @@ int lock_op(const View &v, cfg_lock_t *lock, bool write, bool release) {
         if (locks::read(*lock, fd) != 0) return -1;
         ++t_reads[i];
     }
+    model::publish_iface_change(v);
     return 0;
 }
 int lock_read(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, false, false); }
@@ -580,7 +583,18 @@ using helpers::strncpy_safe;
     X(int, cfg_get_vlan_port_member, (int unit0, int port0, int vid, uint32_t *flags),                  \
       (unit0, port0, vid, flags), -1)                                                                   \
     X(int, cfg_get_mac_ageing, (void), (), -1)                                                          \
-    X(int, cfg_set_mac_ageing, (int seconds), (seconds), -1)
+    X(int, cfg_set_mac_ageing, (int seconds), (seconds), -1)                                           \
+    /* ---- interfaces and trunks ---- */                                                              \
+    X(int, cfg_get_trap_enable_port, (int unit0, int port0, uint8_t *enabled), (unit0, port0, enabled), -1) \
+    X(int, cfg_set_trap_enable_port, (int unit0, int port0, int enabled), (unit0, port0, enabled), -1)  \
+    X(int, cfg_port_is_error_blocked, (int unit0, int port0), (unit0, port0), -1)                       \
+    X(int, cfg_set_vlan_name, (int vid, const char *name), (vid, name), -1)                             \
+    X(int, cfg_trunk_count_link_up, (int trunk0), (trunk0), -1)                                         \
+    X(int, cfg_create_trunk, (int trunk0), (trunk0), -1)                                                \
+    X(int, cfg_destroy_trunk, (int trunk0), (trunk0), -1)                                               \
+    X(int, cfg_add_port_to_trunk, (int trunk0, int unit0, int port0, int flags),                        \
+      (trunk0, unit0, port0, flags), -1)                                                                \
+    X(int, cfg_remove_port_from_trunk, (int trunk0, int unit0, int port0), (trunk0, unit0, port0), -1)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

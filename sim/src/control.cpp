@@ -229,4 +229,23 @@ uint64_t Switch::counter(int unit0, int port0, int stat) const {
 
 void Switch::save() { impl_->file->sync(); }
 
+// ---- interfaces ----
+
+void Switch::set_error_blocked(int unit0, int port0, bool blocked) {
+    impl_->change([&](View &v) {
+        model::ops::check_port(v, unit0, port0);
+        v.hw->ifaces_ext.error_blocked[model::phys_index(unit0, port0)] = blocked ? 1 : 0;
+    });
+}
+bool Switch::error_blocked(int unit0, int port0) const {
+    const View &v = impl_->v();
+    model::ops::check_port(v, unit0, port0);
+    return v.hw->ifaces_ext.error_blocked[model::phys_index(unit0, port0)] != 0;
+}
+bool Switch::trap_enabled(int unit0, int port0) const {
+    const View &v = impl_->v();
+    return v.cfg->ifaces_ext.trap_disabled[model::ops::check_iface(v, unit0, port0)] == 0;
+}
+uint32_t Switch::if_table_last_change() const { return impl_->v().hw->ifaces_ext.if_table_last_change; }
+
 }  // namespace swsim

@@ -27,6 +27,7 @@
 
 #include "swplatform/platform.h"
 #include "swplatform/records.hpp"
+#include "layout_ifaces.hpp"
 
 namespace swsim::layout {
 
@@ -151,6 +152,7 @@ struct ConfigModel {
     TrunkConfig trunks[SW_MAX_TRUNKS];
     VlanConfig vlans[kVlanSlots];
     uint8_t members[kVlanSlots][kIfaces];  // SW_VLAN_* flags
+    IfacesConfig ifaces_ext;
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 
@@ -168,6 +170,7 @@ struct PortHardware {
 
 struct Hardware {
     PortHardware ports[kPhysPorts];
+    IfacesHardware ifaces_ext;
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -113,7 +113,7 @@ public:
     Builder(View &v, const Source &src) : v_(v), src_(src) {}
 
     void build(const Field &root) {
-        root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb"});
+        root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "interfaces"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -126,6 +126,7 @@ public:
             default_vlan();
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
+        if (root.has("interfaces")) interfaces(root.at("interfaces"));
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
@@ -360,6 +361,21 @@ private:
             if (!model::stat_settable(stat)) value.fail("is the sum of other statistics; set those");
             model::set_counter(v_, phys, stat, uint64_t(value.integer(0, INT64_MAX)));
         }
+    }
+
+    // ---- interfaces ----
+
+    // {"error_blocked": selection, "traps_off": selection}
+    void interfaces(const Field &f) {
+        f.expect_object({"error_blocked", "traps_off"});
+        if (f.has("error_blocked"))
+            for (auto [u, p] : select(f.at("error_blocked"))) {
+                if (u == 0 && p >= layout::kTrunkPortBase) f.at("error_blocked").fail("applies to ports, not trunks");
+                v_.hw->ifaces_ext.error_blocked[model::phys_index(u, p)] = 1;
+            }
+        if (f.has("traps_off"))
+            for (auto [u, p] : select(f.at("traps_off")))
+                v_.cfg->ifaces_ext.trap_disabled[model::iface_of(v_, u, p)] = 1;
     }
 
     // ---- trunks ----

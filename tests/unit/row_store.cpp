@@ -33,6 +33,10 @@ void *add_mac_row(const uint8_t *mac, size_t len) {
     rows().keys.push_back(mac_text(mac, len));
     return &rows();
 }
+void *add_pair_row(int32_t first, int32_t second) {
+    rows().keys.push_back(std::to_string(first) + "." + std::to_string(second));
+    return &rows();
+}
 void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len) {
     rows().keys.push_back(std::to_string(fid) + "/" + mac_text(mac, len));
     return &rows();
@@ -51,5 +55,10 @@ void dot1dTpFdbTable_removeEntry(const uint8_t *mac, size_t len) {
 }
 void dot1qTpFdbTable_removeEntry(uint32_t fid, const uint8_t *mac, size_t len) {
     rows().removed.push_back("dot1qTpFdbTable " + std::to_string(fid) + "/" + unit::mac_text(mac, len));
+}
+void ifTable_removeEntry(int32_t i) { rows().removed.push_back("ifTable " + std::to_string(i)); }
+void ifXTable_removeEntry(int32_t i) { rows().removed.push_back("ifXTable " + std::to_string(i)); }
+void ifStackTable_removeEntry(int32_t higher, int32_t lower) {
+    rows().removed.push_back("ifStackTable " + std::to_string(higher) + "." + std::to_string(lower));
 }
 }

@@ -191,6 +191,7 @@ public:
         add_counters();
         add_fault();
         add_journal();
+        add_ifaces();
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 
@@ -409,6 +410,17 @@ private:
         journal->add_option("action", a_, "on, off, clear or show")
             ->required()
             ->check(CLI::IsMember({"on", "off", "clear", "show"}));
+    }
+
+    // ---- interfaces ----
+    void add_ifaces() {
+        auto *block = add("block", "Block a port for an error condition (loop, flapping), or release it",
+                          [this](swsim::Switch &sw) {
+                              auto p = parse_port(a_);
+                              sw.set_error_blocked(p.unit0, p.port0, b_ == "on");
+                          });
+        block->add_option("port", a_, "UNIT/PORT")->required();
+        block->add_option("state", b_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
     }
 
     CLI::App app_;

@@ -253,4 +253,6 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 }
 #endif
 
+#include "swplatform/ifaces.h"
+
 #endif

@@ -234,6 +234,16 @@ public:
 
     void save();  // flush the mapping to the file
 
+    // ---- interfaces ----
+    // A port blocked by an error condition (loop, flapping, BPDU guard)
+    // keeps its link but carries no traffic.
+    void set_error_blocked(int unit0, int port0, bool blocked);
+    bool error_blocked(int unit0, int port0) const;
+    // Link up/down notifications of a port or trunk (unit0 0, 512 + trunk0).
+    bool trap_enabled(int unit0, int port0) const;
+    // uptime_cs() when an interface last appeared or went away.
+    uint32_t if_table_last_change() const;
+
     struct Impl;
 
 private:
