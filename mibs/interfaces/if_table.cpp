@@ -26,6 +26,10 @@ enum Stat : int {
 // The trunk range as the interface texts (and the setters that follow them)
 // test it, one below the conversions' 513 .. 640.
 bool text_trunk(int32_t i) { return i >= 512 && i <= 639; }
+// The trunk an index stands for where a trunk is expected: 513 and up count
+// from trunk0 0; anything lower is taken as trunk (index - 1), so 512 names
+// trunk0 511, which the platform does not have.
+int trunk_of(int32_t i) { return ifindex_is_trunk(i) ? ifindex_to_trunk0(i) : i - 1; }
 int32_t vid_of(int32_t i) { return i - 1000; }
 
 struct Port {
@@ -185,7 +189,7 @@ int32_t get_ifAdminStatus(int32_t i) {
 // it must be configured first.
 int set_ifAdminStatus(int32_t i, int32_t value) {
     if (ifindex_is_vlan(i)) return -1;
-    if (text_trunk(i) && cfg_check_trunk(i - 513) == 0) return -1;
+    if (text_trunk(i) && cfg_check_trunk(trunk_of(i)) == 0) return -1;
     if (value != 1 && value != 2) return -1;
     const Port p(i);
     return cfg_set_port_enable(p.unit0, p.port0, value == 1 ? 1 : 0);
@@ -289,7 +293,7 @@ int set_ifAlias(int32_t i, const uint8_t *bytes, size_t len) {
         if (cfg_vlan_exists(vid_of(i)) == 0) return -1;
         return cfg_set_vlan_name(vid_of(i), text.c_str());
     }
-    if (text_trunk(i) && cfg_check_trunk(i - 513) == 0) return -1;
+    if (text_trunk(i) && cfg_check_trunk(trunk_of(i)) == 0) return -1;
     const Port p(i);
     return cfg_set_port_description(p.unit0, p.port0, text.c_str());
 }
@@ -331,7 +335,7 @@ int exists_entry_ifStackTable(int32_t higher, int32_t lower) {
     if (ifindex_is_vlan(higher)) {
         exists = yes(cfg_vlan_exists(vid_of(higher))) && vlan_member(lower, vid_of(higher));
     } else {
-        const int trunk0 = ifindex_is_trunk(higher) ? ifindex_to_trunk0(higher) : higher - 1;
+        const int trunk0 = trunk_of(higher);
         const Port p(lower);
         exists = yes(cfg_check_trunk(trunk0)) && yes(cfg_check_port_tid(p.unit0, p.port0, trunk0));
     }
