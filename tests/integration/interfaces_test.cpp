@@ -44,7 +44,8 @@ TEST_F(Interfaces, WalksListEveryPortAndTrunkWithTheirState) {
         EXPECT_EQ(cell.at(if_column(3, index)).integer, trunk ? 161 : 6) << at;
         EXPECT_EQ(cell.at(if_column(5, index)).type, kGauge32) << at;
         EXPECT_EQ(cell.at(if_column(7, index)).integer, port.admin ? 1 : 2) << at;
-        EXPECT_EQ(cell.at(if_column(8, index)).integer, port.link ? 1 : 2) << at;
+        const bool blocked = !trunk && sw().error_blocked(unit0, port0);
+        EXPECT_EQ(cell.at(if_column(8, index)).integer, !port.link ? 2 : blocked ? 5 : 1) << at;
         EXPECT_EQ(cell.at(if_column(10, index)).type, kCounter32) << at;
         EXPECT_EQ(xcell.at(ifx_column(6, index)).type, kCounter64) << at;
         EXPECT_EQ(xcell.at(ifx_column(18, index)).bytes, port.description) << at;
