@@ -56,6 +56,11 @@ void dot1dTpFdbTable_removeEntry(const uint8_t *mac, size_t len) {
 void dot1qTpFdbTable_removeEntry(uint32_t fid, const uint8_t *mac, size_t len) {
     rows().removed.push_back("dot1qTpFdbTable " + std::to_string(fid) + "/" + unit::mac_text(mac, len));
 }
+void *trunkTable_createEntry(int32_t trunk) {
+    rows().created.push_back("trunkTable " + std::to_string(trunk));
+    return &rows();
+}
+void trunkTable_removeEntry(int32_t trunk) { rows().removed.push_back("trunkTable " + std::to_string(trunk)); }
 void ifTable_removeEntry(int32_t i) { rows().removed.push_back("ifTable " + std::to_string(i)); }
 void ifXTable_removeEntry(int32_t i) { rows().removed.push_back("ifXTable " + std::to_string(i)); }
 void ifStackTable_removeEntry(int32_t higher, int32_t lower) {

@@ -14,6 +14,7 @@ struct RowLog {
     std::vector<int32_t> ints;       // integer-indexed rows added
     std::vector<std::string> keys;   // MAC or "fid/MAC" rows added
     std::vector<std::string> removed;  // "<table> <index>"
+    std::vector<std::string> created;  // rows a setter added itself: "<table> <index>"
     void clear() { *this = RowLog{}; }
 };
 RowLog &rows();
