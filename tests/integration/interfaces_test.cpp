@@ -131,5 +131,47 @@ TEST_F(Interfaces, SwitchChangesShowAtTheNextRequest) {
     EXPECT_EQ(stack[0].oid, child(kIfStackStatus, {1077, port_index(1, 11)}));
 }
 
+TEST_F(Interfaces, TrunksAreMadeAndFilledThroughSnmp) {
+    const Oid entry = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.3.3.1");
+    auto column = [&](uint32_t c, uint32_t trunk) { return child(entry, {c, trunk}); };
+    const Oid valid = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.3.2.0");
+    const int64_t before = must_get(valid).integer;
+
+    ASSERT_EQ(set_one(SetValue::integer32(column(4, 9), 1)), kNoError);
+    EXPECT_TRUE(sw().trunk(8).configured);
+    EXPECT_EQ(must_get(valid).integer, before + 1);
+    EXPECT_EQ(set_one(SetValue::integer32(column(4, 9), 1)), kGenErr) << "exists already";
+
+    // 1/10 and 1/11: bits 0x40 and 0x20 of octet 1.
+    ASSERT_EQ(set_one(SetValue::octets(column(2, 9), std::string("\x00\x60", 2))), kNoError);
+    EXPECT_EQ(sw().trunk(8).members, (std::vector<std::pair<int, int>>{{0, 9}, {0, 10}}));
+    std::string expected(64, '\0');  // two units, 32 octets each
+    expected[1] = 0x60;
+    EXPECT_EQ(must_get(column(2, 9)).bytes, expected);
+    EXPECT_EQ(must_get(column(3, 9)).integer, 1);
+    refresh({kIfEntry});
+    EXPECT_EQ(must_get(if_column(2, trunk_index(8))).bytes, "Trunk Port ID 0009");
+
+    // 1/23 belongs to trunk 1: refused, the trunk keeps its members.
+    EXPECT_EQ(set_one(SetValue::octets(column(2, 9), std::string("\x00\x60\x02", 3))), kGenErr);
+    EXPECT_EQ(sw().trunk(8).members.size(), 2u);
+    EXPECT_EQ(sw().trunk(0).members.size(), 2u);
+    EXPECT_EQ(set_one(SetValue::integer32(column(4, 9), 3)), kWrongValue);
+    EXPECT_EQ(set_one(SetValue::integer32(column(3, 9), 1)), kNotWritable);
+
+    // Writing the ports of a trunk that does not exist makes it, row and all.
+    ASSERT_EQ(set_one(SetValue::octets(column(2, 12), std::string("\x00\x00\x40", 3))), kNoError);
+    EXPECT_EQ(sw().trunk(11).members, (std::vector<std::pair<int, int>>{{0, 17}}));
+    EXPECT_EQ(must_get(column(4, 12)).integer, 1);
+
+    ASSERT_EQ(set_one(SetValue::integer32(column(4, 9), 2)), kNoError);
+    EXPECT_FALSE(sw().trunk(8).configured);
+    EXPECT_EQ(sw().port(0, 9).trunk0, -1);
+    Response r = reader().get({column(3, 9)});
+    ASSERT_EQ(r.varbinds.size(), 1u);
+    EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);
+    EXPECT_EQ(set_one(SetValue::integer32(column(4, 9), 2)), kGenErr) << "nothing to destroy";
+}
+
 }  // namespace
 }  // namespace it
