@@ -594,7 +594,13 @@ using helpers::strncpy_safe;
     X(int, cfg_destroy_trunk, (int trunk0), (trunk0), -1)                                               \
     X(int, cfg_add_port_to_trunk, (int trunk0, int unit0, int port0, int flags),                        \
       (trunk0, unit0, port0, flags), -1)                                                                \
-    X(int, cfg_remove_port_from_trunk, (int trunk0, int unit0, int port0), (trunk0, unit0, port0), -1)
+    X(int, cfg_remove_port_from_trunk, (int trunk0, int unit0, int port0), (trunk0, unit0, port0), -1) \
+    X(int, cfg_get_lacp_port, (int unit0, int port0, sw_lacp_port_t *info), (unit0, port0, info), -1)   \
+    X(int, cfg_set_lacp_port_enable, (int unit0, int port0, int enabled), (unit0, port0, enabled), -1)  \
+    X(int, cfg_set_lacp_port_priority, (int unit0, int port0, int priority), (unit0, port0, priority), -1) \
+    X(int, cfg_get_lacp_system_priority, (void), (), -1)                                                \
+    X(int, cfg_set_lacp_system_priority, (int priority), (priority), -1)                                \
+    X(int, cfg_get_lacp_last_change, (uint32_t * cs), (cs), -1)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -69,12 +69,14 @@ void set_unit_present(View &v, int unit0, bool present) {
     if ((u.present != 0) != present) note_iface_change(v);
     u.present = present ? 1 : 0;
     refresh_unit(v, unit0);
+    lacp_reconcile(v);
 }
 
 void set_link(View &v, int unit0, int port0, bool up) {
     check_port(v, unit0, port0);
     v.hw->ports[phys_index(unit0, port0)].carrier = up ? 1 : 0;
     refresh_port(v, unit0, port0);
+    lacp_reconcile(v);
 }
 
 void set_link_speed(View &v, int unit0, int port0, int mbps, bool full_duplex) {
@@ -236,6 +238,7 @@ void set_port_description(View &v, int unit0, int port0, const std::string &text
 
 void set_port_admin(View &v, int unit0, int port0, bool enabled) {
     model::set_port_enable(v, check_iface(v, unit0, port0), enabled ? 1 : 0);
+    lacp_reconcile(v);
 }
 
 void set_port_speed(View &v, int unit0, int port0, int mbps) {

@@ -48,6 +48,60 @@ int cfg_add_port_to_trunk(int trunk0, int unit0, int port0, int flags);
 /* Fails when the port is not a member of the trunk. */
 int cfg_remove_port_from_trunk(int trunk0, int unit0, int port0);
 
+/* ---- Link aggregation (LACP) ------------------------------------------- */
+
+/* LACP state octet bits, as carried in LACPDUs. */
+#define SW_LACP_ACTIVITY 0x01
+#define SW_LACP_TIMEOUT 0x02 /* short timeout */
+#define SW_LACP_AGGREGATION 0x04
+#define SW_LACP_SYNCHRONIZATION 0x08
+#define SW_LACP_COLLECTING 0x10
+#define SW_LACP_DISTRIBUTING 0x20
+#define SW_LACP_DEFAULTED 0x40
+#define SW_LACP_EXPIRED 0x80
+
+/* LACP counters of a port, in sw_lacp_port_t.counters. */
+enum sw_lacp_counter {
+    SW_LACP_RX_LACPDU,
+    SW_LACP_RX_MARKER,
+    SW_LACP_RX_MARKER_RESPONSE,
+    SW_LACP_RX_UNKNOWN,
+    SW_LACP_RX_ILLEGAL,
+    SW_LACP_TX_LACPDU,
+    SW_LACP_TX_MARKER,
+    SW_LACP_TX_MARKER_RESPONSE,
+    SW_LACP_COUNTERS
+};
+
+/* LACP view of a physical port: the local (actor) settings and state, what
+ * the link partner last announced, and the protocol counters. */
+typedef struct sw_lacp_port {
+    uint32_t enabled;               /* the port runs LACP (active mode) */
+    uint32_t actor_port_priority;   /* 0..65535 */
+    uint32_t actor_key;             /* operational key */
+    uint32_t actor_state;           /* SW_LACP_* bits */
+    uint32_t partner_present;       /* a partner's LACPDUs are being received */
+    uint32_t partner_system_priority;
+    uint8_t partner_system[6];      /* partner system MAC address */
+    uint8_t reserved[2];
+    uint32_t partner_key;
+    uint32_t partner_port;
+    uint32_t partner_port_priority;
+    uint32_t partner_state;         /* SW_LACP_* bits */
+    uint32_t last_rx_cs;            /* uptime_cs() of the last LACPDU received, 0: none */
+    uint64_t counters[SW_LACP_COUNTERS];
+} sw_lacp_port_t;
+
+int cfg_get_lacp_port(int unit0, int port0, sw_lacp_port_t *info);
+/* Starts (1) or stops (0) LACP on a port; the platform then forms and
+ * dissolves dynamic trunks with the partners it finds. */
+int cfg_set_lacp_port_enable(int unit0, int port0, int enabled);
+int cfg_set_lacp_port_priority(int unit0, int port0, int priority);   /* 0..65535 */
+int cfg_get_lacp_system_priority(void);                              /* 0..65535 */
+int cfg_set_lacp_system_priority(int priority);
+/* uptime_cs() of the last change of LACP settings or aggregations. */
+int cfg_get_lacp_last_change(uint32_t *cs);
+
 #ifdef __cplusplus
 }
 #endif
