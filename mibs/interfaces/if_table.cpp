@@ -104,16 +104,8 @@ bool vlan_member(int32_t port_ifindex, int vid) {
 // A platform yes/no answer; a failure (negative) is no.
 bool yes(int answer) { return answer > 0; }
 
-template <class Visit>
-void for_each_port(Visit &&visit) {
-    for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
-        if (!ifindex_unit_present(unit0)) continue;
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0) visit(unit0, port0);
-    }
-}
-
 void add_vlan_layer(void *(*create)(int32_t, int32_t), int vid) {
-    for_each_port([&](int unit0, int port0) {
+    ifindex_for_each_port([&](int unit0, int port0) {
         const int32_t lower = port_to_ifindex(unit0, port0);
         if (vlan_member(lower, vid)) create(1000 + vid, lower);
     });
@@ -309,7 +301,7 @@ uint32_t get_ifCounterDiscontinuityTime(int32_t) { return 0; }
 int init_index_ifStackTable(void *(*create)(int32_t, int32_t)) {
     for (int trunk0 = 0; trunk0 < SW_MAX_TRUNKS; ++trunk0) {
         if (!yes(cfg_check_trunk(trunk0))) continue;
-        for_each_port([&](int unit0, int port0) {
+        ifindex_for_each_port([&](int unit0, int port0) {
             if (yes(cfg_check_port_tid(unit0, port0, trunk0)))
                 create(trunk_to_ifindex(trunk0), port_to_ifindex(unit0, port0));
         });

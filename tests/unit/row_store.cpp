@@ -61,6 +61,15 @@ void *trunkTable_createEntry(int32_t trunk) {
     return &rows();
 }
 void trunkTable_removeEntry(int32_t trunk) { rows().removed.push_back("trunkTable " + std::to_string(trunk)); }
+void lacpPortTable_removeEntry(int32_t i) { rows().removed.push_back("lacpPortTable " + std::to_string(i)); }
+void dot3adAggTable_removeEntry(int32_t i) { rows().removed.push_back("dot3adAggTable " + std::to_string(i)); }
+void dot3adAggPortTable_removeEntry(int32_t i) { rows().removed.push_back("dot3adAggPortTable " + std::to_string(i)); }
+void dot3adAggPortListTable_removeEntry(int32_t i) {
+    rows().removed.push_back("dot3adAggPortListTable " + std::to_string(i));
+}
+void dot3adAggPortStatsTable_removeEntry(int32_t i) {
+    rows().removed.push_back("dot3adAggPortStatsTable " + std::to_string(i));
+}
 void ifTable_removeEntry(int32_t i) { rows().removed.push_back("ifTable " + std::to_string(i)); }
 void ifXTable_removeEntry(int32_t i) { rows().removed.push_back("ifXTable " + std::to_string(i)); }
 void ifStackTable_removeEntry(int32_t higher, int32_t lower) {
