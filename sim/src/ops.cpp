@@ -238,7 +238,6 @@ void set_port_description(View &v, int unit0, int port0, const std::string &text
 
 void set_port_admin(View &v, int unit0, int port0, bool enabled) {
     model::set_port_enable(v, check_iface(v, unit0, port0), enabled ? 1 : 0);
-    lacp_reconcile(v);
 }
 
 void set_port_speed(View &v, int unit0, int port0, int mbps) {

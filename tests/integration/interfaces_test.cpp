@@ -1,6 +1,7 @@
 // The interfaces group through a real snmpd over scenarios/default.json:
 // walks of ifTable and ifXTable against the switch, writes, and changes made
 // on the switch while the agent runs.
+#include <algorithm>
 #include <map>
 
 #include "fixture.hpp"
@@ -171,6 +172,56 @@ TEST_F(Interfaces, TrunksAreMadeAndFilledThroughSnmp) {
     ASSERT_EQ(r.varbinds.size(), 1u);
     EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);
     EXPECT_EQ(set_one(SetValue::integer32(column(4, 9), 2)), kGenErr) << "nothing to destroy";
+}
+
+TEST_F(Interfaces, LinkAggregationFollowsLacpPartners) {
+    const Oid agg_entry = parse_oid("1.2.840.10006.300.43.1.1.1.1");
+    const Oid port_entry = parse_oid("1.2.840.10006.300.43.1.2.1.1");
+    const Oid stats_entry = parse_oid("1.2.840.10006.300.43.1.2.2.1");
+    const Oid lacp_status = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.4.1.1.2");
+    auto port_col = [&](uint32_t c, uint32_t i) { return child(port_entry, {c, i}); };
+
+    // Trunk 4 of the scenario runs LACP on 2/23 and 2/24.
+    const uint32_t member = port_index(1, 22);
+    EXPECT_EQ(must_get(port_col(21, member)).bytes, "\xbc") << "active, aggregatable, in sync, forwarding";
+    EXPECT_EQ(must_get(port_col(11, member)).integer, 12);
+    EXPECT_EQ(must_get(port_col(13, member)).integer, trunk_index(3));
+    EXPECT_EQ(must_get(child(stats_entry, {2, member})).integer, 2) << "marker PDUs received";
+    EXPECT_EQ(must_get(child(lacp_status, {member})).integer, 1);
+    std::vector<uint32_t> port_rows = expected_port_rows(sw());
+    port_rows.erase(std::remove_if(port_rows.begin(), port_rows.end(), [](uint32_t i) { return i > 512; }),
+                    port_rows.end());
+    EXPECT_EQ(row_indexes(reader().walk(child(port_entry, {2})), child(port_entry, {2})), port_rows)
+        << "ports only, no trunks";
+
+    // Two ports start LACP towards one partner: the switch forms a trunk.
+    swsim::Switch::LacpPartner partner;
+    partner.key = 5;
+    for (int p : {12, 13}) {
+        ASSERT_EQ(set_one(SetValue::integer32(child(lacp_status, {port_index(0, p)}), 1)), kNoError);
+        partner.port = p;
+        sw().lacp_set_partner(0, p, partner);
+    }
+    const int trunk0 = sw().port(0, 12).trunk0;
+    ASSERT_GE(trunk0, 0);
+    EXPECT_EQ(sw().port(0, 13).trunk0, trunk0);
+    const Oid trunk_creation = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.3.3.1.3");
+    refresh({agg_entry, trunk_creation});
+    EXPECT_EQ(must_get(child(agg_entry, {10, trunk_index(trunk0)})).integer, 5) << "partner key";
+    EXPECT_EQ(must_get(child(trunk_creation, {uint32_t(trunk0 + 1)})).integer, 2) << "formed by LACP";
+
+    // Writes: the port priority, its range, a read-only column.
+    EXPECT_EQ(set_one(SetValue::integer32(port_col(15, port_index(0, 12)), 99)), kNoError);
+    EXPECT_EQ(sw().lacp_port(0, 12).actor_port_priority, 99u);
+    EXPECT_EQ(set_one(SetValue::integer32(port_col(15, port_index(0, 12)), 70000)), kWrongValue);
+    EXPECT_EQ(set_one(SetValue::integer32(port_col(5, port_index(0, 12)), 1)), kNotWritable);
+
+    // LACP off on both: the trunk dissolves and its aggregator goes.
+    for (int p : {12, 13}) ASSERT_EQ(set_one(SetValue::integer32(child(lacp_status, {port_index(0, p)}), 2)), kNoError);
+    EXPECT_FALSE(sw().trunk(trunk0).configured);
+    Response r = reader().get({child(agg_entry, {10, trunk_index(trunk0)})});
+    ASSERT_EQ(r.varbinds.size(), 1u);
+    EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ TEST_F(LacpTest, PartnersFormDynamicTrunksThatAreAggregators) {
     EXPECT_FALSE(sw().trunk(1).configured);
     EXPECT_GT(get_dot3adTablesLastChanged(), before);
     EXPECT_EQ(exists_entry_dot3adAggTable(514), 0);
-    sw().set_link(0, 2, false);
+    EXPECT_EQ(set_ifAdminStatus(3, 2), 0);  // switched off through the interfaces group
     EXPECT_FALSE(sw().trunk(2).configured);
     // Back: LACP on again forms the aggregate anew.
     EXPECT_EQ(set_lacpPortStatus(1, 1), 0);
