@@ -88,6 +88,18 @@ int32_t aggregator_of(int32_t i) {
     return trunk0 >= 0 ? trunk_to_ifindex(trunk0) : 0;
 }
 
+// The receive machine of a port: current(1) hearing a partner, defaulted(3)
+// running LACP with nobody answering, lacpDisabled(5), portDisabled(6)
+// while the link is down.
+enum RxState : int32_t { kCurrent = 1, kDefaulted = 3, kLacpDisabled = 5, kPortDisabled = 6 };
+RxState port_phase(int32_t i) {
+    sw_port_info_t info{};
+    if (bcmd_get_port_info(ifindex_to_unit0(i), ifindex_to_port0(i), &info) < 0 || info.link == 0) return kPortDisabled;
+    const sw_lacp_port_t l = lacp_of(i);
+    if (!l.enabled) return kLacpDisabled;
+    return l.partner_present ? kCurrent : kDefaulted;
+}
+
 }  // namespace
 
 extern "C" {
@@ -230,6 +242,49 @@ uint32_t get_dot3adAggPortStatsMarkerPDUsTx(int32_t i) { return uint32_t(lacp_of
 uint32_t get_dot3adAggPortStatsMarkerResponsePDUsTx(int32_t i) {
     return uint32_t(lacp_of(i).counters[SW_LACP_TX_MARKER_RESPONSE]);
 }
+
+// ---- dot3adAggPortDebugTable -------------------------------------------------
+
+int init_index_dot3adAggPortDebugTable(void *(*create)(int32_t)) { return ifindex_populate(create, false); }
+int exists_entry_dot3adAggPortDebugTable(int32_t i) {
+    return ifindex_row_exists(i, dot3adAggPortDebugTable_removeEntry);
+}
+
+int32_t get_dot3adAggPortDebugRxState(int32_t i) { return int32_t(port_phase(i)); }
+uint32_t get_dot3adAggPortDebugLastRxTime(int32_t i) { return lacp_of(i).last_rx_cs; }
+
+// detached(1) outside an aggregate, waiting(2) selected but not yet in
+// sync, collecting_distributing(6) forwarding.
+int32_t get_dot3adAggPortDebugMuxState(int32_t i) {
+    if (lacp_of(i).actor_state & SW_LACP_DISTRIBUTING) return 6;
+    return aggregator_of(i) != 0 ? 2 : 1;
+}
+const uint8_t *get_dot3adAggPortDebugMuxReason(int32_t i, size_t *len) {
+    static const char *const reasons[] = {"", "Selected, waiting for synchronization", "", "No partner heard", "", "LACP is off",
+                                          "Link is down"};
+    const char *text = get_dot3adAggPortDebugMuxState(i) == 6 ? "Collecting and distributing" : reasons[port_phase(i)];
+    *len = std::strlen(text);
+    return reinterpret_cast<const uint8_t *>(text);
+}
+
+// noChurn(1), churn(2) while LACP runs without a partner, churnMonitor(3)
+// otherwise.
+int32_t get_dot3adAggPortDebugActorChurnState(int32_t i) {
+    const sw_lacp_port_t l = lacp_of(i);
+    if (l.actor_state & SW_LACP_SYNCHRONIZATION) return 1;
+    return l.enabled && !l.partner_present ? 2 : 3;
+}
+int32_t get_dot3adAggPortDebugPartnerChurnState(int32_t i) {
+    const sw_lacp_port_t l = lacp_of(i);
+    if (l.partner_present && (l.partner_state & SW_LACP_SYNCHRONIZATION)) return 1;
+    return l.enabled && !l.partner_present ? 2 : 3;
+}
+uint32_t get_dot3adAggPortDebugActorChurnCount(int32_t i) { return lacp_of(i).actor_churns; }
+uint32_t get_dot3adAggPortDebugPartnerChurnCount(int32_t i) { return lacp_of(i).partner_churns; }
+uint32_t get_dot3adAggPortDebugActorSyncTransitionCount(int32_t i) { return lacp_of(i).actor_sync_transitions; }
+uint32_t get_dot3adAggPortDebugPartnerSyncTransitionCount(int32_t i) { return lacp_of(i).partner_sync_transitions; }
+uint32_t get_dot3adAggPortDebugActorChangeCount(int32_t i) { return lacp_of(i).actor_changes; }
+uint32_t get_dot3adAggPortDebugPartnerChangeCount(int32_t i) { return lacp_of(i).partner_changes; }
 
 // ---- Scalars ----------------------------------------------------------------
 

@@ -266,6 +266,7 @@ void Switch::lacp_set_key(int unit0, int port0, int key) {
         model::ops::check_port(v, unit0, port0);
         if (key < 1 || key > 65535) throw Error("LACP key must be 1..65535");
         v.cfg->ifaces_ext.lacp[model::phys_index(unit0, port0)].key = uint16_t(key);
+        ++v.hw->ifaces_ext.lacp[model::phys_index(unit0, port0)].actor_changes;
         model::lacp_reconcile(v);
     });
 }

@@ -187,6 +187,7 @@ void lacp_reconcile(View &v) {
             }
             if (!stays) {
                 ops::trunk_remove_port(v, t, u, p);
+                ++v.hw->ifaces_ext.lacp[phys].actor_sync_transitions;
                 changed = true;
             }
         }
@@ -216,6 +217,7 @@ void lacp_reconcile(View &v) {
         }
         if (target < 0) continue;  // every trunk ID is in use
         ops::trunk_add_port(v, target, u, p);
+        ++v.hw->ifaces_ext.lacp[phys].actor_sync_transitions;
         changed = true;
     }
     if (changed) v.hw->ifaces_ext.lacp_last_change = uptime_cs_now(v);
@@ -261,8 +263,15 @@ void lacp_set_partner(View &v, int unit0, int port0, const Switch::LacpPartner &
     p.since_ns = realtime_ns();
     p.last_rx_cs = uptime_cs_now(v);
     fold_counters(v, phys);
-    std::memcpy(p.counters, v.hw->ifaces_ext.lacp[phys].counters, sizeof p.counters);
+    const layout::LacpPartner &old = v.hw->ifaces_ext.lacp[phys];
+    std::memcpy(p.counters, old.counters, sizeof p.counters);
     ++p.counters[SW_LACP_RX_LACPDU];  // the LACPDU that announced it
+    p.actor_churns = old.actor_churns;
+    p.partner_churns = old.partner_churns;
+    p.actor_sync_transitions = old.actor_sync_transitions;
+    p.partner_sync_transitions = old.partner_sync_transitions + (old.present ? 0 : 1);
+    p.actor_changes = old.actor_changes;
+    p.partner_changes = old.partner_changes + 1;
     v.hw->ifaces_ext.lacp[phys] = p;
     v.hw->ifaces_ext.lacp_last_change = p.last_rx_cs;
     lacp_reconcile(v);
@@ -273,7 +282,14 @@ void lacp_clear_partner(View &v, int unit0, int port0) {
     const int phys = phys_index(unit0, port0);
     fold_counters(v, phys);
     layout::LacpPartner &p = v.hw->ifaces_ext.lacp[phys];
-    if (p.present) v.hw->ifaces_ext.lacp_last_change = uptime_cs_now(v);
+    if (p.present) {
+        // The partner falls silent: both sides see it churn.
+        v.hw->ifaces_ext.lacp_last_change = uptime_cs_now(v);
+        ++p.partner_churns;
+        ++p.partner_sync_transitions;
+        ++p.partner_changes;
+        if (v.cfg->ifaces_ext.lacp[phys].enabled) ++p.actor_churns;
+    }
     p.present = 0;
     lacp_reconcile(v);
 }
@@ -301,6 +317,12 @@ sw_lacp_port_t lacp_port(const View &v, int phys) {
     if (in_trunk && (partner || !c.enabled))
         r.actor_state |= SW_LACP_SYNCHRONIZATION | SW_LACP_COLLECTING | SW_LACP_DISTRIBUTING;
     for (int i = 0; i < SW_LACP_COUNTERS; ++i) r.counters[i] = hw.counters[i];
+    r.actor_churns = hw.actor_churns;
+    r.partner_churns = hw.partner_churns;
+    r.actor_sync_transitions = hw.actor_sync_transitions;
+    r.partner_sync_transitions = hw.partner_sync_transitions;
+    r.actor_changes = hw.actor_changes;
+    r.partner_changes = hw.partner_changes;
     if (!partner) return r;
     r.partner_present = 1;
     r.partner_system_priority = hw.system_priority;
@@ -334,6 +356,7 @@ int cfg_set_lacp_port_enable(const View &v, int unit0, int port0, int enabled) {
     if (phys < 0 || (enabled != 0 && enabled != 1)) return -1;
     if (v.cfg->ifaces_ext.lacp[phys].enabled != enabled) {
         v.cfg->ifaces_ext.lacp[phys].enabled = uint8_t(enabled);
+        ++v.hw->ifaces_ext.lacp[phys].actor_changes;
         v.hw->ifaces_ext.lacp_last_change = model::uptime_cs_now(v);
     }
     return apply(v, [](View &m) { model::lacp_reconcile(m); });
@@ -343,6 +366,7 @@ int cfg_set_lacp_port_priority(const View &v, int unit0, int port0, int priority
     const int phys = model::phys_of(v, unit0, port0);
     if (phys < 0 || priority < 0 || priority > 65535) return -1;
     v.cfg->ifaces_ext.lacp[phys].priority = uint16_t(priority);
+    ++v.hw->ifaces_ext.lacp[phys].actor_changes;
     v.hw->ifaces_ext.lacp_last_change = model::uptime_cs_now(v);
     return 0;
 }

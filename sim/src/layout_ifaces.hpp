@@ -45,6 +45,10 @@ struct LacpPartner {
     uint32_t last_rx_cs;
     int64_t since_ns;  // realtime when the partner was first heard
     uint64_t counters[SW_LACP_COUNTERS];  // bases
+    // Protocol events, as in sw_lacp_port_t.
+    uint32_t actor_churns, partner_churns;
+    uint32_t actor_sync_transitions, partner_sync_transitions;
+    uint32_t actor_changes, partner_changes;
 };
 
 // Hardware and live state (Hardware::ifaces_ext).

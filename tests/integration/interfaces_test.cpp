@@ -188,6 +188,8 @@ TEST_F(Interfaces, LinkAggregationFollowsLacpPartners) {
     EXPECT_EQ(must_get(port_col(13, member)).integer, trunk_index(3));
     EXPECT_EQ(must_get(child(stats_entry, {2, member})).integer, 2) << "marker PDUs received";
     EXPECT_EQ(must_get(child(lacp_status, {member})).integer, 1);
+    EXPECT_EQ(must_get(child(parse_oid("1.2.840.10006.300.43.1.2.3.1"), {3, member})).integer, 6)
+        << "mux collecting and distributing";
     std::vector<uint32_t> port_rows = expected_port_rows(sw());
     port_rows.erase(std::remove_if(port_rows.begin(), port_rows.end(), [](uint32_t i) { return i > 512; }),
                     port_rows.end());

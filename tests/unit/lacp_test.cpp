@@ -143,5 +143,47 @@ TEST_F(LacpTest, PortListsAndCounters) {
     EXPECT_EQ(get_dot3adAggPortStatsLACPDUsTx(3), 0u);
 }
 
+TEST_F(LacpTest, DebugStatesAndEvents) {
+    size_t len = 0;
+    auto reason = [&len](int32_t i) {
+        const uint8_t *p = get_dot3adAggPortDebugMuxReason(i, &len);
+        return text(p, len);
+    };
+    // current / forwarding; defaulted / churning; LACP off; link down.
+    EXPECT_EQ(get_dot3adAggPortDebugRxState(1), 1);
+    EXPECT_EQ(get_dot3adAggPortDebugMuxState(1), 6);
+    EXPECT_EQ(reason(1), "Collecting and distributing");
+    EXPECT_EQ(get_dot3adAggPortDebugActorChurnState(1), 1);
+    EXPECT_EQ(get_dot3adAggPortDebugRxState(4), 3);
+    EXPECT_EQ(get_dot3adAggPortDebugMuxState(4), 1);
+    EXPECT_EQ(reason(4), "No partner heard");
+    EXPECT_EQ(get_dot3adAggPortDebugActorChurnState(4), 2);
+    EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnState(4), 2);
+    EXPECT_EQ(get_dot3adAggPortDebugRxState(5), 5);
+    EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnState(5), 3);
+    EXPECT_EQ(get_dot3adAggPortDebugRxState(20), 6);
+    EXPECT_EQ(reason(20), "Link is down");
+    EXPECT_EQ(get_dot3adAggPortDebugLastRxTime(4), 0u) << "nothing heard yet";
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    sw().lacp_set_partner(0, 3, swsim::Switch::LacpPartner{});
+    EXPECT_GE(get_dot3adAggPortDebugLastRxTime(4), 3u);
+    EXPECT_EQ(get_dot3adAggPortDebugRxState(4), 1);
+
+    // Joining counted one sync transition each side; the partner falling
+    // silent is churn on both sides and takes the port out of sync.
+    EXPECT_EQ(get_dot3adAggPortDebugActorSyncTransitionCount(1), 1u);
+    EXPECT_EQ(get_dot3adAggPortDebugPartnerSyncTransitionCount(1), 1u);
+    EXPECT_EQ(get_dot3adAggPortDebugPartnerChangeCount(1), 1u);
+    sw().lacp_clear_partner(0, 0);
+    EXPECT_EQ(get_dot3adAggPortDebugActorChurnCount(1), 1u);
+    EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnCount(1), 1u);
+    EXPECT_EQ(get_dot3adAggPortDebugActorSyncTransitionCount(1), 2u);
+    EXPECT_EQ(get_dot3adAggPortDebugPartnerSyncTransitionCount(1), 2u);
+    EXPECT_EQ(get_dot3adAggPortDebugPartnerChangeCount(1), 2u);
+    EXPECT_EQ(get_dot3adAggPortDebugActorChangeCount(1), 0u);
+    EXPECT_EQ(set_dot3adAggPortActorPortPriority(1, 5), 0);
+    EXPECT_EQ(get_dot3adAggPortDebugActorChangeCount(1), 1u);
+}
+
 }  // namespace
 }  // namespace unit

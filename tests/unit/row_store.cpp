@@ -70,6 +70,9 @@ void dot3adAggPortListTable_removeEntry(int32_t i) {
 void dot3adAggPortStatsTable_removeEntry(int32_t i) {
     rows().removed.push_back("dot3adAggPortStatsTable " + std::to_string(i));
 }
+void dot3adAggPortDebugTable_removeEntry(int32_t i) {
+    rows().removed.push_back("dot3adAggPortDebugTable " + std::to_string(i));
+}
 void ifTable_removeEntry(int32_t i) { rows().removed.push_back("ifTable " + std::to_string(i)); }
 void ifXTable_removeEntry(int32_t i) { rows().removed.push_back("ifXTable " + std::to_string(i)); }
 void ifStackTable_removeEntry(int32_t higher, int32_t lower) {

@@ -90,6 +90,11 @@ typedef struct sw_lacp_port {
     uint32_t partner_state;         /* SW_LACP_* bits */
     uint32_t last_rx_cs;            /* uptime_cs() of the last LACPDU received, 0: none */
     uint64_t counters[SW_LACP_COUNTERS];
+    /* Protocol events: how often actor and partner lost their partner
+     * (churn), went in or out of sync, and changed what they announce. */
+    uint32_t actor_churns, partner_churns;
+    uint32_t actor_sync_transitions, partner_sync_transitions;
+    uint32_t actor_changes, partner_changes;
 } sw_lacp_port_t;
 
 int cfg_get_lacp_port(int unit0, int port0, sw_lacp_port_t *info);
