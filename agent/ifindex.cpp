@@ -119,3 +119,7 @@ uint32_t port_stat_low32(int unit0, int port0, int stat) {
     bcmd_snmp_stat_get(unit0, port0, stat, &value);
     return static_cast<uint32_t>(value);
 }
+
+uint32_t ifindex_stat_low32(int32_t i, int stat) {
+    return ifindex_is_vlan(i) ? 0 : port_stat_low32(ifindex_to_unit0(i), ifindex_to_port0(i), stat);
+}

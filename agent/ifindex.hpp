@@ -64,3 +64,6 @@ inline std::string received_text(const uint8_t *bytes, size_t len) {
 // The low 32 bits of 64-bit platform statistic `stat` of a port or trunk (the
 // buffer is cleared first: a failing read answers 0).
 uint32_t port_stat_low32(int unit0, int port0, int stat);
+// The same for the row of an interface-indexed table: a VLAN interface has no
+// counters of its own and answers 0 without asking the platform.
+uint32_t ifindex_stat_low32(int32_t ifindex, int stat);

@@ -64,15 +64,38 @@ namespace key_codec {
 // Longest octet string an index may carry.
 inline constexpr size_t kMaxStringIndex = 255;
 
+// A key of integer and address indexes only, built on the stack: it has the
+// same words as the RowKey of the same indexes.
+template <size_t N>
+struct FixedKey {
+    uint32_t words[N ? N : 1];
+    size_t size = 0;
+    void clear() { size = 0; }
+    void push_back(uint32_t w) { words[size++] = w; }
+    KeyView view() const { return KeyView(words, size); }
+};
+
+// Words of a key whose indexes are all of fixed width; 0 if one is a string.
+template <IndexKind... K>
+constexpr size_t fixed_key_words() {
+    if constexpr (((is_string_index(K)) || ...)) {
+        return 0;
+    } else {
+        return ((K == IndexKind::IDX_IPADDRESS ? size_t(4) : size_t(1)) + ... + size_t(0));
+    }
+}
+
 // Appends one index value to a key.
-inline void put(RowKey &out, IndexKind kind, uint32_t v) {
+template <class Out>
+inline void put(Out &out, IndexKind kind, uint32_t v) {
     if (kind == IndexKind::IDX_IPADDRESS) {
         for (int shift = 24; shift >= 0; shift -= 8) out.push_back((v >> shift) & 0xff);
     } else {
         out.push_back(v);
     }
 }
-inline void put(RowKey &out, IndexKind kind, const uint8_t *p, size_t n) {
+template <class Out>
+inline void put(Out &out, IndexKind kind, const uint8_t *p, size_t n) {
     if (kind != IndexKind::IDX_IMPLIED_OCTET_STR) out.push_back(uint32_t(n));
     for (size_t i = 0; i < n; ++i) out.push_back(p ? p[i] : 0);
 }
@@ -81,19 +104,20 @@ template <IndexKind... K>
 struct Encoder;
 template <>
 struct Encoder<> {
-    static void run(RowKey &) {}
+    template <class Out>
+    static void run(Out &) {}
 };
 template <IndexKind First, IndexKind... Rest>
 struct Encoder<First, Rest...> {
-    template <class... More>
-    static void run(RowKey &out, const uint8_t *p, size_t n, More... more)
+    template <class Out, class... More>
+    static void run(Out &out, const uint8_t *p, size_t n, More... more)
         requires(is_string_index(First))
     {
         put(out, First, p, n);
         Encoder<Rest...>::run(out, more...);
     }
-    template <class V, class... More>
-    static void run(RowKey &out, V v, More... more)
+    template <class Out, class V, class... More>
+    static void run(Out &out, V v, More... more)
         requires(!is_string_index(First))
     {
         put(out, First, uint32_t(v));
@@ -163,9 +187,14 @@ struct Decoder<Keys<K...>> {
 
 }  // namespace key_codec
 
+// Words of the keys of Key when all its indexes are of fixed width, else 0.
+template <class Key>
+inline constexpr size_t fixed_words_of =
+    []<IndexKind... K>(Keys<K...>) { return key_codec::fixed_key_words<K...>(); }(Key{});
+
 // Builds the key of a row from the C parameters of a row function.
-template <class Key, class... Args>
-void encode_key(RowKey &out, Args... args) {
+template <class Key, class Out, class... Args>
+void encode_key(Out &out, Args... args) {
     out.clear();
     [&]<IndexKind... K>(Keys<K...>) { key_codec::Encoder<K...>::run(out, args...); }(Key{});
 }

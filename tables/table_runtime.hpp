@@ -4,6 +4,7 @@
 // (tables_agent.cpp).  Net-snmp edge.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -32,16 +33,35 @@ public:
     void init();
 
     // Row store: add (returns the row, new or existing), remove, find.
-    void *create(KeyView key);
+    // Populations run before every request and ask for every row in index
+    // order, so the look at the row after the last one found is kept inline.
+    void *create(KeyView key) {
+        if (netsnmp_table_row *row = find(key)) return row;
+        return add(key);
+    }
     void remove(KeyView key);
-    netsnmp_table_row *find(KeyView key);
+    netsnmp_table_row *find(KeyView key) {
+        const size_t at = last_ + 1;
+        if (at < rows_.size() && rows_[at].is(key)) [[likely]] {
+            last_ = at;
+            return rows_[at].row;
+        }
+        return search(key);
+    }
     size_t row_count() const { return rows_.size(); }
 
-    // The same from the C parameters of the table's row functions.
+    // The same from the C parameters of the table's row functions; keys of
+    // integer indexes are built on the stack.
     template <class Key, class... Args>
     void *create_from(Args... args) {
-        encode_key<Key>(scratch_, args...);
-        return create(scratch_);
+        if constexpr (constexpr size_t n = fixed_words_of<Key>; n > 0) {
+            key_codec::FixedKey<n> key;
+            encode_key<Key>(key, args...);
+            return create(key.view());
+        } else {
+            encode_key<Key>(scratch_, args...);
+            return create(scratch_);
+        }
     }
     template <class Key, class... Args>
     void remove_from(Args... args) {
@@ -58,6 +78,7 @@ public:
 private:
     void bind();  // finds the catalogue entry and the columns
     const ColumnDesc *column(unsigned number) const;
+    netsnmp_column_info *valid_columns() const;
     void handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     void handle_reserve1(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     void handle_action(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
@@ -73,13 +94,23 @@ private:
     // the row asked for next is usually the one after the last one found:
     // looking there first makes a population of n existing rows cost O(n);
     // other lookups are binary searches.
+    // A row's first index word and key length sit beside it, so that the
+    // common check (a one-word key, the row after the last one) reads no
+    // other memory.
     struct Row {
-        RowKey key;
+        uint32_t first;
+        uint32_t size;
         netsnmp_table_row *row;
+        const RowKey *key;  // the row entry's key
+        bool is(KeyView k) const {
+            return size == k.size() && (k.empty() || (first == k[0] && std::equal(k.begin() + 1, k.end(), key->begin() + 1)));
+        }
     };
     std::vector<Row> rows_;
     size_t last_ = 0;  // position of the row found or added last
     size_t position(KeyView key) const;  // where the key is or would go
+    netsnmp_table_row *search(KeyView key);  // find, by binary search
+    void *add(KeyView key);                  // a new row, known to be absent
     RowKey scratch_;  // key buffer of the row functions (agent thread only)
 };
 

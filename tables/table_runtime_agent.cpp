@@ -71,6 +71,28 @@ const ColumnDesc *TableRuntime::column(unsigned number) const {
     return number < columns_.size() ? columns_[number] : nullptr;
 }
 
+// The catalogued columns, so that a walk steps over the column numbers that
+// the MIB leaves unused (dot3StatsTable has no column 12) instead of leaving
+// the table there.  Tables are never unregistered: the list lives on.
+netsnmp_column_info *TableRuntime::valid_columns() const {
+    std::vector<unsigned> numbers;
+    for (unsigned n = desc_->lowest_column; n < columns_.size(); ++n)
+        if (columns_[n]) numbers.push_back(n);
+    if (numbers.empty() || numbers.size() > 127) return nullptr;  // list_count is a char
+    auto *info = SNMP_MALLOC_TYPEDEF(netsnmp_column_info);
+    auto *list = static_cast<unsigned *>(calloc(numbers.size(), sizeof(unsigned)));
+    if (!info || !list) {
+        free(info);
+        free(list);
+        return nullptr;
+    }
+    std::copy(numbers.begin(), numbers.end(), list);
+    info->isRange = 0;
+    info->list_count = char(numbers.size());
+    info->details.list = list;
+    return info;
+}
+
 void TableRuntime::init() {
     bind();
     if (!desc_) return;
@@ -86,6 +108,7 @@ void TableRuntime::init() {
     if (info) {
         info->min_column = desc_->lowest_column;
         info->max_column = desc_->highest_column;
+        info->valid_columns = valid_columns();
     }
     data_ = netsnmp_create_table_data(name_);
     netsnmp_register_table_data(reg, data_, info);
@@ -93,35 +116,21 @@ void TableRuntime::init() {
     refresh_();
 }
 
-namespace {
-bool same_key(const RowKey &a, KeyView b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i)
-        if (a[i] != b[i]) return false;
-    return true;
-}
-}  // namespace
-
 size_t TableRuntime::position(KeyView key) const {
     return std::lower_bound(rows_.begin(), rows_.end(), key,
-                            [](const Row &r, KeyView k) { return KeyLess{}(r.key, k); }) -
+                            [](const Row &r, KeyView k) { return KeyLess{}(*r.key, k); }) -
            rows_.begin();
 }
 
-netsnmp_table_row *TableRuntime::find(KeyView key) {
-    size_t at = last_ + 1;
-    if (at >= rows_.size() || !same_key(rows_[at].key, key)) {
-        at = position(key);
-        if (at == rows_.size() || !same_key(rows_[at].key, key)) return nullptr;
-    }
+netsnmp_table_row *TableRuntime::search(KeyView key) {
+    const size_t at = position(key);
+    if (at == rows_.size() || !rows_[at].is(key)) return nullptr;
     last_ = at;
     return rows_[at].row;
 }
 
-void *TableRuntime::create(KeyView key) {
+void *TableRuntime::add(KeyView key) {
     if (!data_) return nullptr;
-    if (netsnmp_table_row *row = find(key)) return row;
-
     auto *entry = new RowEntry{RowKey(key.begin(), key.end())};
     SA_DEBUG(name_, "Adding row.\n");
     netsnmp_table_row *row = netsnmp_create_table_data_row();
@@ -136,13 +145,13 @@ void *TableRuntime::create(KeyView key) {
         return nullptr;
     }
     last_ = position(key);
-    rows_.insert(rows_.begin() + last_, Row{entry->key, row});
+    rows_.insert(rows_.begin() + last_, Row{key.empty() ? 0 : key[0], uint32_t(key.size()), row, &entry->key});
     return row;
 }
 
 void TableRuntime::remove(KeyView key) {
     const size_t at = position(key);
-    if (at == rows_.size() || !same_key(rows_[at].key, key)) return;
+    if (at == rows_.size() || !rows_[at].is(key)) return;
     SA_DEBUG(name_, "Removing row\n");
     netsnmp_table_row *row = rows_[at].row;
     rows_.erase(rows_.begin() + at);
@@ -214,6 +223,10 @@ void TableRuntime::handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_reque
             store_value(r->requestvb, col->get(key));
         } else {
             SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Column %d not found\n", info->colnum);
+            // The helper stepped into a column number the MIB leaves unused;
+            // asked again from there, the table helper moves on to the next
+            // catalogued column.
+            if (walking) r->requestvb->type = ASN_PRIV_RETRY;
         }
         config_unlock();
     }

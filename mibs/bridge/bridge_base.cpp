@@ -19,11 +19,7 @@ enum Stat : int {
     kInDiscards = 20,
 };
 
-// A VLAN interface has no bridge counters: 0 without asking the platform.
-uint32_t bridge_counter(int32_t i, Stat stat) {
-    if (ifindex_is_vlan(i)) return 0;
-    return port_stat_low32(ifindex_to_unit0(i), ifindex_to_port0(i), stat);
-}
+uint32_t bridge_counter(int32_t i, Stat stat) { return ifindex_stat_low32(i, stat); }
 
 const uint8_t *no_octets(size_t *len) {
     static const uint8_t none[1] = {0};

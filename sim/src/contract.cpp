@@ -31,7 +31,9 @@
 #include "ifaces.hpp"
 #include "locks.hpp"
 #include "model.hpp"
+#include "traffic.hpp"
 #include "util.hpp"
+#include "vlans.hpp"
 
 namespace swsim {
 namespace {
@@ -503,6 +505,15 @@ int cfg_set_mac_ageing(const View &v, int seconds) {
 
 }  // namespace impl
 
+// VLAN calls live in vlans.cpp.
+namespace impl {
+using namespace swsim::vlans_impl;
+}  // namespace impl
+// The traffic controls live in traffic.cpp.
+namespace impl {
+using namespace traffic::calls;
+}
+
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
 using helpers::ip_addr_prefix_to_addr_mask;
@@ -584,11 +595,57 @@ using helpers::strncpy_safe;
       (unit0, port0, vid, flags), -1)                                                                   \
     X(int, cfg_get_mac_ageing, (void), (), -1)                                                          \
     X(int, cfg_set_mac_ageing, (int seconds), (seconds), -1)                                           \
+    /* ---- vlans ---- */                                                                               \
+    X(int, cfg_vlan_create, (int vid, int flags, int owner), (vid, flags, owner), -1)                   \
+    X(int, cfg_vlan_enable, (int vid), (vid), -1)                                                       \
+    X(int, cfg_vlan_disable, (int vid), (vid), -1)                                                      \
+    X(int, cfg_vlan_destroy, (int vid), (vid), -1)                                                      \
+    X(int, cfg_set_vlan_name, (int vid, const char *name), (vid, name), -1)                             \
+    X(int, cfg_set_vlan_port_member, (int unit0, int port0, int vid, uint32_t flags, int dynamic),      \
+      (unit0, port0, vid, flags, dynamic), -1)                                                          \
+    X(int, cfg_get_pvid, (int unit0, int port0, int *pvid), (unit0, port0, pvid), -1)                   \
+    X(int, cfg_set_pvid, (int unit0, int port0, int pvid), (unit0, port0, pvid), -1)                    \
+    X(int, cfg_get_port_discard, (int unit0, int port0, int *mode), (unit0, port0, mode), -1)           \
+    X(int, cfg_set_port_discard, (int unit0, int port0, int mode), (unit0, port0, mode), -1)            \
+    X(int, cfg_get_ingress_filtering, (int unit0, int port0, int *on), (unit0, port0, on), -1)          \
+    X(int, cfg_set_ingress_filtering, (int unit0, int port0, int on), (unit0, port0, on), -1)           \
+    X(int, cfg_get_gvrp_enable_port, (int unit0, int port0, int *on), (unit0, port0, on), -1)           \
+    X(int, cfg_set_gvrp_enable_port, (int unit0, int port0, int on), (unit0, port0, on), -1)            \
+    X(int, cfg_get_gvrp_enable, (void), (), -1)                                                         \
+    X(int, cfg_set_gvrp_enable, (int on), (on), -1)                                                     \
+    X(int, cfg_get_vlan_dhcp_client, (int vid), (vid), -1)                                              \
+    X(int, cfg_set_vlan_dhcp_client, (int on), (on), -1)                                                \
+    X(int, cfg_get_default_priority, (int unit0, int port0), (unit0, port0), -1)                        \
+    X(int, cfg_set_default_priority, (int unit0, int port0, int priority), (unit0, port0, priority), -1) \
+    /* traffic controls */                                                                             \
+    X(int, cfg_get_port_rate_ingress, (int unit0, int port0, uint32_t *kbps), (unit0, port0, kbps), -1) \
+    X(int, cfg_set_port_rate_ingress, (int unit0, int port0, uint32_t kbps), (unit0, port0, kbps), -1)  \
+    X(int, cfg_get_port_burst_ingress, (int unit0, int port0, uint32_t *kb), (unit0, port0, kb), -1)    \
+    X(int, cfg_set_port_burst_ingress, (int unit0, int port0, uint32_t kb), (unit0, port0, kb), -1)     \
+    X(int, cfg_set_default_port_rate_ingress, (int unit0, int port0), (unit0, port0), -1)               \
+    X(int, cfg_set_default_port_burst_ingress, (int unit0, int port0), (unit0, port0), -1)              \
+    X(int, cfg_get_port_rate_egress, (int unit0, int port0, uint32_t *kbps), (unit0, port0, kbps), -1)  \
+    X(int, cfg_set_port_rate_egress, (int unit0, int port0, uint32_t kbps), (unit0, port0, kbps), -1)   \
+    X(int, cfg_get_port_burst_egress, (int unit0, int port0, uint32_t *kb), (unit0, port0, kb), -1)     \
+    X(int, cfg_set_port_burst_egress, (int unit0, int port0, uint32_t kb), (unit0, port0, kb), -1)      \
+    X(int, cfg_set_default_port_rate_egress, (int unit0, int port0), (unit0, port0), -1)                \
+    X(int, cfg_set_default_port_burst_egress, (int unit0, int port0), (unit0, port0), -1)               \
+    X(int, cfg_get_port_rate_bcast_enable, (int unit0, int port0, uint8_t *on), (unit0, port0, on), -1) \
+    X(int, cfg_set_port_rate_bcast_enable, (int unit0, int port0, uint8_t on), (unit0, port0, on), -1)  \
+    X(int, cfg_get_port_rate_bcast_value, (int unit0, int port0, uint32_t *pps), (unit0, port0, pps), -1) \
+    X(int, cfg_set_port_rate_bcast_value, (int unit0, int port0, uint32_t pps), (unit0, port0, pps), -1) \
+    X(int, cfg_get_queue_pkts_cnt, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_bytes_cnt, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_dropped_pkts, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_queue_dropped_bytes, (int unit0, int port0, uint8_t *c, size_t size), (unit0, port0, c, size), -1) \
+    X(int, cfg_get_port_mirror, (int unit0, int port0, int *mode), (unit0, port0, mode), -1)            \
+    X(int, cfg_set_port_mirror, (int unit0, int port0, int mode), (unit0, port0, mode), -1)             \
+    X(int, cfg_get_mirror_to, (int *unit0, int *port0), (unit0, port0), -1)                            \
+    X(int, cfg_set_mirror_to, (int unit0, int port0), (unit0, port0), -1)                             \
     /* ---- interfaces and trunks ---- */                                                              \
     X(int, cfg_get_trap_enable_port, (int unit0, int port0, uint8_t *enabled), (unit0, port0, enabled), -1) \
     X(int, cfg_set_trap_enable_port, (int unit0, int port0, int enabled), (unit0, port0, enabled), -1)  \
     X(int, cfg_port_is_error_blocked, (int unit0, int port0), (unit0, port0), -1)                       \
-    X(int, cfg_set_vlan_name, (int vid, const char *name), (vid, name), -1)                             \
     X(int, cfg_trunk_count_link_up, (int trunk0), (trunk0), -1)                                         \
     X(int, cfg_create_trunk, (int trunk0), (trunk0), -1)                                                \
     X(int, cfg_destroy_trunk, (int trunk0), (trunk0), -1)                                               \
@@ -646,9 +703,13 @@ SWSIM_HELPER_CALLS(SWSIM_DEFINE_HELPER_CALL)
 
 // ---- calls written out --------------------------------------------------------------------
 
+// A client that attaches has not seen any VLAN yet: the platform raises the
+// VLAN change flags for it, so that its VLAN tables list every VLAN once
+// (after a restart of the agent as well as at the switch's boot).
 extern "C" int cfg_init(void) {
     int rc = open_platform(false);
     if (rc == 0 && watched()) note_call("cfg_init");
+    if (rc == 0) model::raise_vlan_flags(platform().view);
     return rc;
 }
 

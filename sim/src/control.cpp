@@ -6,7 +6,9 @@
 #include "ifaces.hpp"
 #include "locks.hpp"
 #include "model.hpp"
+#include "traffic.hpp"
 #include "util.hpp"
+#include "vlans.hpp"
 
 namespace swsim {
 
@@ -229,6 +231,49 @@ uint64_t Switch::counter(int unit0, int port0, int stat) const {
 }
 
 void Switch::save() { impl_->file->sync(); }
+
+// ---- vlans ----
+
+void Switch::vlan_register(int vid, int unit0, int port0, bool on, uint32_t flags) {
+    impl_->change([&](View &v) { vlans::set_dynamic_member(v, vid, unit0, port0, flags, on); });
+}
+void Switch::vlan_set_active(int vid, bool active) {
+    impl_->change([&](View &v) { vlans::set_active(v, vid, active); });
+}
+
+// ---- transceivers and traffic controls ------------------------------------------------------
+
+void Switch::set_transceiver_readings(int unit0, int port0, const Ddm &readings) {
+    impl_->change([&](View &v) { traffic::ops::set_transceiver_readings(v, unit0, port0, readings); });
+}
+void Switch::set_transceiver_diagnostics(int unit0, int port0, bool available) {
+    impl_->change([&](View &v) { traffic::ops::set_transceiver_diagnostics(v, unit0, port0, available); });
+}
+Switch::TransceiverInfo Switch::transceiver(int unit0, int port0) const {
+    return traffic::transceiver_info(impl_->v(), unit0, port0);
+}
+void Switch::set_rate_limit(int unit0, int port0, Direction direction, uint32_t kbps, uint32_t burst_kb) {
+    impl_->change([&](View &v) { traffic::ops::set_rate_limit(v, unit0, port0, direction, kbps, burst_kb); });
+}
+void Switch::set_storm_control(int unit0, int port0, bool enabled, uint32_t pps) {
+    impl_->change([&](View &v) { traffic::ops::set_storm_control(v, unit0, port0, enabled, pps); });
+}
+void Switch::set_mirror(int unit0, int port0, int mode) {
+    impl_->change([&](View &v) { traffic::ops::set_mirror(v, unit0, port0, mode); });
+}
+void Switch::set_mirror_to(int unit0, int port0) {
+    impl_->change([&](View &v) { traffic::ops::set_mirror_to(v, unit0, port0); });
+}
+std::pair<int, int> Switch::mirror_to() const {
+    const layout::TrafficConfig &t = impl_->v().cfg->traffic;
+    return t.mirror_to_set ? std::pair{int(t.mirror_to_unit0), int(t.mirror_to_port0)} : std::pair{-1, -1};
+}
+void Switch::set_queue_counter(int unit0, int port0, QueueCounter kind, int queue, uint64_t value) {
+    impl_->change([&](View &v) { traffic::ops::set_queue_counter(v, unit0, port0, kind, queue, value); });
+}
+Switch::TrafficInfo Switch::traffic(int unit0, int port0) const {
+    return traffic::traffic_info(impl_->v(), unit0, port0);
+}
 
 // ---- interfaces ----
 

@@ -71,14 +71,6 @@ int cfg_port_is_error_blocked(const View &v, int unit0, int port0) {
     return phys < 0 ? -1 : v.hw->ifaces_ext.error_blocked[phys] != 0;
 }
 
-int cfg_set_vlan_name(const View &v, int vid, const char *name) {
-    if (!model::vid_in_range(vid) || !v.cfg->vlans[vid].exists || !name) return -1;
-    char(&dst)[SW_TEXT_SIZE] = v.cfg->vlans[vid].name;
-    if (strnlen(name, sizeof dst) >= sizeof dst) return -1;
-    copy_text(dst, sizeof dst, name);
-    return 0;
-}
-
 int cfg_trunk_count_link_up(const View &v, int trunk0) {
     if (!trunk_configured(v, trunk0)) return -1;
     int up = 0;

@@ -35,7 +35,6 @@ namespace ifaces_impl {
 int cfg_get_trap_enable_port(const View &v, int unit0, int port0, uint8_t *enabled);
 int cfg_set_trap_enable_port(const View &v, int unit0, int port0, int enabled);
 int cfg_port_is_error_blocked(const View &v, int unit0, int port0);
-int cfg_set_vlan_name(const View &v, int vid, const char *name);
 int cfg_trunk_count_link_up(const View &v, int trunk0);
 int cfg_create_trunk(const View &v, int trunk0);
 int cfg_destroy_trunk(const View &v, int trunk0);

@@ -27,6 +27,8 @@
 
 #include "swplatform/platform.h"
 #include "swplatform/records.hpp"
+#include "layout_vlans.hpp"
+#include "layout_traffic.hpp"
 #include "layout_ifaces.hpp"
 
 namespace swsim::layout {
@@ -152,9 +154,12 @@ struct ConfigModel {
     TrunkConfig trunks[SW_MAX_TRUNKS];
     VlanConfig vlans[kVlanSlots];
     uint8_t members[kVlanSlots][kIfaces];  // SW_VLAN_* flags
+    VlanSettings vlan_settings;
+    TrafficConfig traffic;  // rate limits, storm control, mirroring
     IfacesConfig ifaces_ext;
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
+static_assert(kTrafficIfaces == kIfaces);
 
 // ---- hardware -----------------------------------------------------------------
 
@@ -170,6 +175,7 @@ struct PortHardware {
 
 struct Hardware {
     PortHardware ports[kPhysPorts];
+    TrafficHardware traffic;  // queue counter offsets
     IfacesHardware ifaces_ext;
 };
 

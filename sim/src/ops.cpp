@@ -1,6 +1,7 @@
 // Changes made from outside the agent: hardware events and operator
 // configuration, as the control handle and the scenario builder apply them.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "ifaces.hpp"
@@ -95,10 +96,10 @@ void set_transceiver(View &v, int unit0, int port0, bool fitted, const Ddm &ddm)
         fail("port " + port_name(unit0, port0) + " has no transceiver cage");
     sw_port_status_t &st = v.status->units[unit0].ports[port0];
     st.sfp_present = st.sfp_ddm = fitted ? 1 : 0;
-    auto clamp_u16 = [](double x) { return uint16_t(std::clamp(x, 0.0, 65535.0)); };
-    st.ddm_temperature = fitted ? int16_t(std::clamp(ddm.temperature_c * 256.0, -32768.0, 32767.0)) : 0;
+    auto clamp_u16 = [](double x) { return uint16_t(std::lround(std::clamp(x, 0.0, 65535.0))); };
+    st.ddm_temperature = fitted ? int16_t(std::lround(std::clamp(ddm.temperature_c, -32768.0, 32767.0))) : 0;
     st.ddm_voltage = fitted ? clamp_u16(ddm.voltage_v * 10000.0) : 0;   // 100 uV
-    st.ddm_bias = fitted ? clamp_u16(ddm.bias_ma * 500.0) : 0;          // 2 uA
+    st.ddm_bias = fitted ? clamp_u16(ddm.bias_ma * 10.0) : 0;           // 0.1 mA
     st.ddm_tx_power = fitted ? clamp_u16(ddm.tx_power_mw * 10000.0) : 0; // 0.1 uW
     st.ddm_rx_power = fitted ? clamp_u16(ddm.rx_power_mw * 10000.0) : 0;
     refresh_port(v, unit0, port0);

@@ -11,6 +11,8 @@
 
 #include "ifaces.hpp"
 #include "model.hpp"
+#include "vlans.hpp"
+#include "traffic.hpp"
 #include "util.hpp"
 
 namespace swsim {
@@ -114,7 +116,9 @@ public:
     Builder(View &v, const Source &src) : v_(v), src_(src) {}
 
     void build(const Field &root) {
-        root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "interfaces"});
+        root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
+                            "transceivers", "traffic",
+                            "interfaces"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -125,8 +129,11 @@ public:
             for (const Field &f : root.at("vlans").items()) vlan_item(f);
         else
             default_vlan();
+        vlans::boot_defaults(v_);
+        if (root.has("vlan_settings")) vlan_settings(root.at("vlan_settings"));
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
+        port_controls(root);
         interfaces(root.has("interfaces") ? root.at("interfaces") : empty("interfaces"));
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
         // A switch that just booted has no VLAN changes to report.
@@ -531,6 +538,40 @@ private:
         }
     }
 
+    // ---- vlan settings: GVRP, the management address method, port VLAN settings ----
+
+    void vlan_settings(const Field &f) {
+        f.expect_object({"gvrp", "dhcp_client", "ports"});
+        layout::VlanSettings &s = v_.cfg->vlan_settings;
+        s.gvrp = f.boolean("gvrp", false);
+        s.dhcp_client = f.boolean("dhcp_client", false);
+        if (!f.has("ports")) return;
+        for (const Field &item : f.at("ports").items()) {
+            item.expect_object({"select", "pvid", "acceptable", "ingress_filtering", "gvrp", "priority"});
+            if (!item.has("select")) item.fail("needs a select field");
+            int pvid = 0;
+            if (item.has("pvid")) {
+                pvid = int(item.at("pvid").integer(1, SW_MAX_VLAN_ID));
+                if (!v_.cfg->vlans[pvid].exists) item.at("pvid").fail("VLAN " + std::to_string(pvid) + " does not exist");
+            }
+            static const std::map<std::string, uint8_t> kAcceptable = {{"all", 0}, {"untagged", 1}, {"tagged", 2}};
+            uint8_t discard = 0;
+            if (item.has("acceptable")) {
+                auto it = kAcceptable.find(item.at("acceptable").text(16));
+                if (it == kAcceptable.end()) item.at("acceptable").fail("must be all, untagged or tagged");
+                discard = it->second;
+            }
+            for (auto [u, p] : select(item.at("select"))) {
+                layout::VlanPortConfig &c = s.ports[model::iface_of(v_, u, p)];
+                if (pvid) c.pvid = uint16_t(pvid);
+                if (item.has("acceptable")) c.discard = discard;
+                if (item.has("ingress_filtering")) c.ingress_filter = item.at("ingress_filtering").boolean();
+                if (item.has("gvrp")) c.gvrp = item.at("gvrp").boolean();
+                if (item.has("priority")) c.default_priority = uint8_t(item.at("priority").integer(0, 7));
+            }
+        }
+    }
+
     // ---- learned addresses ----
 
     void fdb_item(const Field &f) {
@@ -576,6 +617,75 @@ private:
             e.port = uint16_t(p);
             e.trunk = uint8_t(trunk0 < 0 ? 0 : trunk0);
             e.flags = trunk0 >= 0 ? swp::mac_entry::kFlagTrunk : 0;
+        }
+    }
+
+    // ---- transceiver readings and traffic controls ----
+
+    void port_controls(const Field &root) {
+        if (root.has("transceivers"))
+            for (const Field &f : root.at("transceivers").items()) transceiver_item(f);
+        if (!root.has("traffic")) return;
+        Field t = root.at("traffic");
+        t.expect_object({"mirror_to", "ports"});
+        if (t.has("mirror_to")) {
+            auto to = select(t.at("mirror_to"));
+            if (to.size() != 1 || to[0].second >= layout::kTrunkPortBase) t.at("mirror_to").fail("must name one port");
+            at_field(t.at("mirror_to"), [&] { traffic::ops::set_mirror_to(v_, to[0].first, to[0].second); });
+        }
+        if (t.has("ports"))
+            for (const Field &f : t.at("ports").items()) traffic_item(f);
+    }
+
+    // Readings of fitted transceivers, in physical units.
+    void transceiver_item(const Field &f) {
+        f.expect_object({"select", "temperature_c", "voltage_v", "bias_ma", "tx_power_mw", "rx_power_mw", "diagnostics"});
+        if (!f.has("select")) f.fail("needs a select field");
+        auto number = [&](const char *key, double lo, double hi, double dflt) {
+            if (!f.has(key)) return dflt;
+            Field x = f.at(key);
+            if (!x.raw().is_number()) x.fail("must be a number");
+            const double d = x.raw().get<double>();
+            if (d < lo || d > hi) x.fail("must be " + std::to_string(lo) + ".." + std::to_string(hi));
+            return d;
+        };
+        Ddm ddm;
+        ddm.temperature_c = number("temperature_c", -40, 125, ddm.temperature_c);
+        ddm.voltage_v = number("voltage_v", 0, 6.5, ddm.voltage_v);
+        ddm.bias_ma = number("bias_ma", 0, 6553.5, ddm.bias_ma);
+        ddm.tx_power_mw = number("tx_power_mw", 0, 6.5535, ddm.tx_power_mw);
+        ddm.rx_power_mw = number("rx_power_mw", 0, 6.5535, ddm.rx_power_mw);
+        for (auto [u, p] : select(f.at("select")))
+            at_field(f.at("select"), [&] {
+                traffic::ops::set_transceiver_readings(v_, u, p, ddm);
+                traffic::ops::set_transceiver_diagnostics(v_, u, p, f.boolean("diagnostics", true));
+            });
+    }
+
+    void traffic_item(const Field &f) {
+        f.expect_object({"select", "ingress", "egress", "storm_pps", "mirror"});
+        if (!f.has("select")) f.fail("needs a select field");
+        for (auto [u, p] : select(f.at("select"))) {
+            for (int d : {layout::kIngress, layout::kEgress}) {
+                const char *key = d == layout::kIngress ? "ingress" : "egress";
+                if (!f.has(key)) continue;
+                Field limit = f.at(key);
+                limit.expect_object({"kbps", "burst_kb"});
+                const auto kbps = uint32_t(limit.integer("kbps", 0, SW_RATE_MAX_KBPS, 0));
+                const auto burst = uint32_t(limit.integer("burst_kb", 0, SW_BURST_MAX_KB, 0));
+                at_field(limit, [&] { traffic::ops::set_rate_limit(v_, u, p, d, kbps, burst); });
+            }
+            if (f.has("storm_pps")) {
+                const auto pps = uint32_t(f.at("storm_pps").integer(1, SW_BCAST_MAX_PPS));
+                at_field(f.at("storm_pps"), [&] { traffic::ops::set_storm_control(v_, u, p, true, pps); });
+            }
+            if (f.has("mirror")) {
+                static const std::map<std::string, int> modes = {
+                    {"none", SW_MIRROR_NONE}, {"rx", SW_MIRROR_RX}, {"tx", SW_MIRROR_TX}, {"both", SW_MIRROR_BOTH}};
+                auto it = modes.find(f.at("mirror").text(8));
+                if (it == modes.end()) f.at("mirror").fail("must be none, rx, tx or both");
+                at_field(f.at("mirror"), [&] { traffic::ops::set_mirror(v_, u, p, it->second); });
+            }
         }
     }
 

@@ -18,12 +18,26 @@ using namespace std::chrono_literals;
 using simtest::Channel;
 using simtest::SwitchTest;
 
-// Starts taking a read lock on another thread; the future is ready once it is held.
-std::future<int> read_lock_async(cfg_lock_t *lock) {
-    return std::async(std::launch::async, [lock] {
-        int rc = lock_read(lock);
+// Starts taking a lock (lock_read or lock_write) on another thread; the
+// future is ready, with the result, once it has been held and let go.
+std::future<int> lock_async(int (*take)(cfg_lock_t *), cfg_lock_t *lock) {
+    return std::async(std::launch::async, [take, lock] {
+        int rc = take(lock);
         if (rc == 0) lock_free(lock);
         return rc;
+    });
+}
+std::future<int> read_lock_async(cfg_lock_t *lock) { return lock_async(&lock_read, lock); }
+std::future<int> write_lock_async(cfg_lock_t *lock) { return lock_async(&lock_write, lock); }
+
+// Forks a child that takes `lock` with `take`, says so on `held` and then
+// waits to be killed.
+pid_t child_holding(int (*take)(cfg_lock_t *), cfg_lock_t *lock, Channel &held) {
+    return simtest::fork_child([&] {
+        if (take(lock) != 0) return 1;
+        held.send();
+        pause();
+        return 0;
     });
 }
 
@@ -48,12 +62,7 @@ TEST_F(SwitchTest, AWriterInAnotherProcessHoldsOffReaders) {
 
 TEST_F(SwitchTest, ALockDiesWithItsHolder) {
     Channel held;
-    pid_t child = simtest::fork_child([&] {
-        if (lock_write(cfg_lock_table[0]) != 0) return 1;
-        held.send();
-        pause();
-        return 0;
-    });
+    pid_t child = child_holding(&lock_write, cfg_lock_table[0], held);
     ASSERT_TRUE(held.receive());
     kill(child, SIGKILL);
     simtest::wait_exit(child);
@@ -102,23 +111,9 @@ TEST_F(SwitchTest, ControlChangesWaitForTheAgentsReaders) {
     EXPECT_EQ(get_status()->units[0].ports[0].link, 0u);
 }
 
-// Starts taking the write lock on another thread; the future is ready once it is held.
-std::future<int> write_lock_async(cfg_lock_t *lock) {
-    return std::async(std::launch::async, [lock] {
-        int rc = lock_write(lock);
-        if (rc == 0) lock_free(lock);
-        return rc;
-    });
-}
-
 TEST_F(SwitchTest, AReadLockInAnotherProcessHoldsOffWritersAndDiesWithIt) {
     Channel held;
-    pid_t child = simtest::fork_child([&] {
-        if (lock_read(cfg_lock_table[1]) != 0) return 1;
-        held.send();
-        pause();
-        return 0;
-    });
+    pid_t child = child_holding(&lock_read, cfg_lock_table[1], held);
     ASSERT_TRUE(held.receive());
     auto writer = write_lock_async(cfg_lock_table[1]);
     EXPECT_EQ(writer.wait_for(300ms), std::future_status::timeout) << "the child holds a read lock";

@@ -203,7 +203,7 @@ TEST_F(SwitchTest, ConditionsOfALinkBeingUp) {
     EXPECT_EQ(p7.link, 1u);
     EXPECT_EQ(p7.speed, 10000u);
     EXPECT_TRUE(p7.sfp_present && p7.sfp_ddm);
-    EXPECT_GT(p7.ddm_temperature, 20 * 256);
+    EXPECT_GT(p7.ddm_temperature, 20);
     sw_->set_transceiver(0, 6, false);
     EXPECT_EQ(p7.link, 0u) << "pulling the transceiver takes the link down";
     EXPECT_THROW(sw_->set_transceiver(0, 0, true), swsim::Error) << "copper ports have no cage";

@@ -149,12 +149,15 @@ void show_trunks(const swsim::Switch &sw) {
 }
 
 void show_vlans(const swsim::Switch &sw) {
-    std::printf("%-5s %-20s %-8s %s\n", "vid", "name", "kind", "members (u untagged, t tagged, f forbidden)");
+    std::printf("%-5s %-20s %-8s %s\n", "vid", "name", "kind", "members (u untagged, t tagged, f forbidden, d dynamic)");
     for (int vid : sw.vlan_ids()) {
         auto v = sw.vlan(vid);
         std::map<char, std::vector<std::pair<int, int>>> by_kind;
         for (const auto &m : v.members) {
-            char k = (m.flags & SW_VLAN_FORBIDDEN) ? 'f' : (m.flags & SW_VLAN_TAGGED) ? 't' : 'u';
+            char k = (m.flags & SW_VLAN_FORBIDDEN) ? 'f'
+                     : (m.flags & SW_VLAN_TAGGED)  ? 't'
+                     : (m.flags & SW_VLAN_UNTAGGED) ? 'u'
+                                                    : 'd';
             by_kind[k].emplace_back(m.unit0, m.port0);
         }
         std::string members;
@@ -191,6 +194,7 @@ public:
         add_counters();
         add_fault();
         add_journal();
+        add_port_controls();
         add_ifaces();
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
@@ -345,6 +349,23 @@ private:
         member->add_option("kind", c_, "tagged, untagged, forbidden or none")
             ->required()
             ->check(CLI::IsMember({"tagged", "untagged", "forbidden", "none"}));
+        // ---- vlans: what GVRP and the operator do to a VLAN at run time ----
+        for (bool on : {true, false}) {
+            auto *cmd = add(vlan, on ? "register" : "withdraw",
+                            on ? "GVRP registers a port or trunk (Tn) in a VLAN: a dynamic membership"
+                               : "GVRP withdraws a port's or trunk's dynamic membership",
+                            [this, on](swsim::Switch &sw) {
+                                auto p = parse_port(b_, true);
+                                sw.vlan_register(parse_int(a_, "VLAN ID"), p.unit0, p.port0, on);
+                            });
+            cmd->add_option("vid", a_, "VLAN ID")->required();
+            cmd->add_option("port", b_, "UNIT/PORT or Tn")->required();
+        }
+        for (bool on : {true, false}) {
+            auto *cmd = add(vlan, on ? "activate" : "deactivate", on ? "Put a VLAN in service" : "Take a VLAN out of service",
+                            [this, on](swsim::Switch &sw) { sw.vlan_set_active(parse_int(a_, "VLAN ID"), on); });
+            cmd->add_option("vid", a_, "VLAN ID")->required();
+        }
     }
 
     void add_fdb() {
@@ -412,6 +433,115 @@ private:
             ->check(CLI::IsMember({"on", "off", "clear", "show"}));
     }
 
+    // ---- transceivers and traffic controls ----
+
+    void add_port_controls() {
+        auto *ddm = add("ddm", "Set the readings of a fitted transceiver (or --none: it reports none)",
+                        [this](swsim::Switch &sw) {
+                            auto p = parse_port(a_);
+                            if (flag_) return sw.set_transceiver_diagnostics(p.unit0, p.port0, false);
+                            sw.set_transceiver_readings(p.unit0, p.port0, ddm_);
+                            sw.set_transceiver_diagnostics(p.unit0, p.port0, true);
+                        });
+        ddm->add_option("port", a_, "UNIT/PORT")->required();
+        ddm->add_option("--temp", ddm_.temperature_c, "Temperature, degrees Celsius")->capture_default_str();
+        ddm->add_option("--vcc", ddm_.voltage_v, "Supply voltage, V")->capture_default_str();
+        ddm->add_option("--bias", ddm_.bias_ma, "Laser bias, mA")->capture_default_str();
+        ddm->add_option("--tx", ddm_.tx_power_mw, "Transmit power, mW")->capture_default_str();
+        ddm->add_option("--rx", ddm_.rx_power_mw, "Receive power, mW")->capture_default_str();
+        ddm->add_flag("--none", flag_, "The transceiver reports no diagnostics");
+
+        auto *rate = add("rate-limit", "Limit a port's or trunk's (Tn) traffic; KBPS 0 lifts the limit",
+                         [this](swsim::Switch &sw) {
+                             auto p = parse_port(a_, true);
+                             sw.set_rate_limit(p.unit0, p.port0, b_ == "in" ? swsim::Switch::kIngress : swsim::Switch::kEgress,
+                                               uint32_t(parse_u64(c_, "rate in kbit/s")), burst_);
+                         });
+        rate->add_option("port", a_, "UNIT/PORT or Tn")->required();
+        rate->add_option("direction", b_, "in or out")->required()->check(CLI::IsMember({"in", "out"}));
+        rate->add_option("kbps", c_, "Rate in kbit/s")->required();
+        rate->add_option("--burst", burst_, "Burst in kbytes (0: the default)")->default_val(0);
+
+        auto *storm = add("storm", "Switch broadcast storm control of a port or trunk (Tn) on or off",
+                          [this](swsim::Switch &sw) {
+                              auto p = parse_port(a_, true);
+                              sw.set_storm_control(p.unit0, p.port0, b_ == "on", pps_);
+                          });
+        storm->add_option("port", a_, "UNIT/PORT or Tn")->required();
+        storm->add_option("state", b_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        storm->add_option("--pps", pps_, "Broadcast packets per second let through (0: the default)")->default_val(0);
+
+        static const std::map<std::string, int> modes = {
+            {"none", SW_MIRROR_NONE}, {"rx", SW_MIRROR_RX}, {"tx", SW_MIRROR_TX}, {"both", SW_MIRROR_BOTH}};
+        auto *mirror = add("mirror", "Copy a port's or trunk's (Tn) traffic to the mirror destination",
+                           [this](swsim::Switch &sw) {
+                               auto p = parse_port(a_, true);
+                               sw.set_mirror(p.unit0, p.port0, modes.at(b_));
+                           });
+        mirror->add_option("port", a_, "UNIT/PORT or Tn")->required();
+        mirror->add_option("what", b_, "rx, tx, both or none")->required()->check(CLI::IsMember({"rx", "tx", "both", "none"}));
+        auto *mirror_to = add("mirror-to", "Set the mirror destination port (none: no destination)", [this](swsim::Switch &sw) {
+            if (a_ == "none") return sw.set_mirror_to(0, -1);
+            auto p = parse_port(a_);
+            sw.set_mirror_to(p.unit0, p.port0);
+        });
+        mirror_to->add_option("port", a_, "UNIT/PORT or none")->required();
+
+        static const std::map<std::string, swsim::Switch::QueueCounter> kinds = {
+            {"sent-packets", swsim::Switch::kSentPackets}, {"sent-bytes", swsim::Switch::kSentBytes},
+            {"dropped-packets", swsim::Switch::kDroppedPackets}, {"dropped-bytes", swsim::Switch::kDroppedBytes}};
+        auto *queue = add("queue", "Set a counter of an egress queue (0..7) of a port", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.set_queue_counter(p.unit0, p.port0, kinds.at(c_), parse_int(b_, "queue number"),
+                                 parse_u64(value_, "counter value"));
+        });
+        queue->add_option("port", a_, "UNIT/PORT")->required();
+        queue->add_option("queue", b_, "Queue 0..7")->required();
+        queue->add_option("counter", c_, "sent-packets, sent-bytes, dropped-packets or dropped-bytes")
+            ->required()
+            ->check(CLI::IsMember({"sent-packets", "sent-bytes", "dropped-packets", "dropped-bytes"}));
+        queue->add_option("value", value_, "Value")->required();
+
+        auto *show = add("controls", "Show a port's or trunk's (Tn) transceiver, limits, mirroring and queues",
+                         [this](swsim::Switch &sw) {
+                             auto p = parse_port(a_, true);
+                             show_port_controls(sw, p.unit0, p.port0);
+                         });
+        show->add_option("port", a_, "UNIT/PORT or Tn")->required();
+    }
+
+    static void show_port_controls(const swsim::Switch &sw, int unit0, int port0) {
+        if (port0 < 512) {
+            auto x = sw.transceiver(unit0, port0);
+            if (!x.cage)
+                std::printf("transceiver  none (no cage)\n");
+            else if (!x.fitted)
+                std::printf("transceiver  cage empty\n");
+            else if (!x.diagnostics)
+                std::printf("transceiver  fitted, no diagnostics\n");
+            else
+                std::printf("transceiver  %d C, %.4f V, %.1f mA, tx %.4f mW, rx %.4f mW\n", x.temperature_c,
+                            x.voltage / 10000.0, x.bias / 10.0, x.tx_power / 10000.0, x.rx_power / 10000.0);
+        }
+        auto t = sw.traffic(unit0, port0);
+        for (int d : {0, 1})
+            std::printf("%-12s %s, burst %u kbytes\n", d == 0 ? "ingress" : "egress",
+                        t.rate_kbps[d] ? (std::to_string(t.rate_kbps[d]) + " kbit/s").c_str() : "no limit", t.burst_kb[d]);
+        std::printf("storm        %s, %u packets/s\n", t.storm_control ? "on" : "off", t.storm_pps);
+        static const char *mirrors[] = {"none", "rx", "tx", "both"};
+        auto to = sw.mirror_to();
+        std::printf("mirror       %s (destination %s)\n", t.mirror >= 0 && t.mirror <= 3 ? mirrors[t.mirror] : "?",
+                    to.second < 0 ? "none" : port_text(to.first, to.second).c_str());
+        std::printf("%-6s %20s %20s %20s %20s\n", "queue", "sent packets", "sent bytes", "dropped packets", "dropped bytes");
+        for (int q = 0; q < SW_QUEUES; ++q)
+            std::printf("%-6d %20llu %20llu %20llu %20llu\n", q, (unsigned long long)t.queues[0][q],
+                        (unsigned long long)t.queues[1][q], (unsigned long long)t.queues[2][q],
+                        (unsigned long long)t.queues[3][q]);
+    }
+
+    swsim::Ddm ddm_;
+    uint32_t burst_ = 0, pps_ = 0;
+    std::string value_;
     // ---- interfaces ----
     void add_ifaces() {
         auto *block = add("block", "Block a port for an error condition (loop, flapping), or release it",

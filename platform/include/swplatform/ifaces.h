@@ -29,9 +29,6 @@ int cfg_set_trap_enable_port(int unit0, int port0, int enabled);
  * link flapping, BPDU guard): the link is up but carries no traffic. */
 int cfg_port_is_error_blocked(int unit0, int port0);
 
-/* Renames an existing VLAN; the name is at most SW_TEXT_SIZE - 1 bytes. */
-int cfg_set_vlan_name(int vid, const char *name);
-
 /* ---- Trunks ------------------------------------------------------------- */
 
 /* Number of member ports of the trunk whose link is up (negative: no such

@@ -53,9 +53,9 @@ typedef struct sw_port_status {
     uint8_t sfp_ddm;     /*   only while both are non-zero */
     uint8_t reserved[2];
     /* Transceiver diagnostics, already in the units the MIB reports. */
-    int16_t ddm_temperature; /* 1/256 degrees Celsius */
+    int16_t ddm_temperature; /* whole degrees Celsius */
     uint16_t ddm_voltage;    /* 100 microvolt */
-    uint16_t ddm_bias;       /* 2 microampere */
+    uint16_t ddm_bias;       /* 0.1 milliampere */
     uint16_t ddm_tx_power;   /* 0.1 microwatt */
     uint16_t ddm_rx_power;   /* 0.1 microwatt */
     uint16_t reserved2;
@@ -253,6 +253,9 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 }
 #endif
 
+#include "swplatform/vlans.h"
 #include "swplatform/ifaces.h"
 
 #endif
+
+#include "swplatform/traffic.h"

@@ -234,6 +234,46 @@ public:
 
     void save();  // flush the mapping to the file
 
+    // ---- vlans ----
+    // GVRP registers (on) or withdraws a port's or trunk's dynamic membership
+    // (SW_VLAN_DYNAMIC_* bits that fit a byte: 0x10 .. 0x80).
+    void vlan_register(int vid, int unit0, int port0, bool on, uint32_t flags = SW_VLAN_DYNAMIC_GVRP);
+    void vlan_set_active(int vid, bool active);
+    // ---- transceivers and traffic controls ----
+    // Readings of a fitted transceiver, as the platform reports them.
+    struct TransceiverInfo {
+        bool cage = false;         // the port takes a transceiver
+        bool fitted = false;
+        bool diagnostics = false;  // the transceiver reports readings
+        int temperature_c = 0;
+        uint16_t voltage = 0;      // 100 microvolts
+        uint16_t bias = 0;         // 0.1 milliampere
+        uint16_t tx_power = 0;     // 0.1 microwatt
+        uint16_t rx_power = 0;     // 0.1 microwatt
+    };
+    enum Direction : int { kIngress = 0, kEgress = 1 };
+    enum QueueCounter : int { kSentPackets = 0, kSentBytes = 1, kDroppedPackets = 2, kDroppedBytes = 3 };
+    struct TrafficInfo {
+        uint32_t rate_kbps[2] = {};  // by Direction; 0 no limit
+        uint32_t burst_kb[2] = {};
+        bool storm_control = false;
+        uint32_t storm_pps = 0;
+        int mirror = 0;                   // SW_MIRROR_*
+        uint64_t queues[4][SW_QUEUES] = {};  // by QueueCounter, queue 0 first
+    };
+    // New readings of a fitted transceiver.
+    void set_transceiver_readings(int unit0, int port0, const Ddm &readings);
+    // A fitted transceiver that reports diagnostics, or one that does not.
+    void set_transceiver_diagnostics(int unit0, int port0, bool available);
+    TransceiverInfo transceiver(int unit0, int port0) const;
+    // kbps 0 lifts the limit; burst 0 is the default burst.
+    void set_rate_limit(int unit0, int port0, Direction direction, uint32_t kbps, uint32_t burst_kb = 0);
+    void set_storm_control(int unit0, int port0, bool enabled, uint32_t pps = 0);  // pps 0: default
+    void set_mirror(int unit0, int port0, int mode);  // SW_MIRROR_*
+    void set_mirror_to(int unit0, int port0);         // port0 -1: no destination
+    std::pair<int, int> mirror_to() const;            // (-1, -1): none
+    void set_queue_counter(int unit0, int port0, QueueCounter kind, int queue, uint64_t value);
+    TrafficInfo traffic(int unit0, int port0) const;  // ports and trunks
     // ---- interfaces ----
     // A port blocked by an error condition (loop, flapping, BPDU guard)
     // keeps its link but carries no traffic.

@@ -1,0 +1,168 @@
+// Traffic controls and transceiver readings of the simulated switch: what
+// the scenarios build, how queue counters follow the load, the platform's
+// own refusals, and the swctl verbs.
+#include <fstream>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include "support.hpp"
+
+namespace {
+
+using simtest::SwitchTest;
+using simtest::TempDir;
+using swsim::Switch;
+
+TEST_F(TempDir, ShippedScenariosSetLimitsMirrorsAndOptics) {
+    swsim::create_state(state_, SCENARIO_DIR "/default.json");
+    Switch sw(state_);
+    EXPECT_EQ(sw.traffic(0, 0).rate_kbps[Switch::kIngress], 100000u);
+    EXPECT_EQ(sw.traffic(0, 0).burst_kb[Switch::kIngress], 256u);
+    EXPECT_EQ(sw.traffic(0, 512).rate_kbps[Switch::kEgress], 2000000u);
+    EXPECT_TRUE(sw.traffic(1, 0).storm_control);
+    EXPECT_EQ(sw.traffic(0, 6).mirror, SW_MIRROR_BOTH);
+    EXPECT_EQ(sw.mirror_to(), std::make_pair(0, 21));
+    EXPECT_EQ(sw.transceiver(0, 25).temperature_c, 44);
+    EXPECT_EQ(sw.transceiver(0, 25).rx_power, 500);
+    EXPECT_TRUE(sw.transceiver(1, 24).fitted);
+    EXPECT_FALSE(sw.transceiver(1, 24).diagnostics);
+
+    swsim::create_state(state_, SCENARIO_DIR "/max.json");
+    Switch max(state_);
+    int mirrored = 0, limited = 0;
+    for (int u = 0; u < SW_MAX_UNITS; ++u)
+        for (int p = 0; p < SW_PORTS_PER_UNIT; ++p) {
+            auto t = max.traffic(u, p);
+            mirrored += t.mirror != SW_MIRROR_NONE;
+            limited += t.rate_kbps[0] && t.rate_kbps[1] && t.storm_control;
+        }
+    EXPECT_EQ(limited, 512);
+    EXPECT_EQ(mirrored, 511) << "every port but the destination";
+    EXPECT_EQ(max.traffic(0, 512 + 127).mirror, SW_MIRROR_RX);
+}
+
+TEST_F(TempDir, BadTrafficAndTransceiverFieldsAreNamed) {
+    const std::pair<const char *, const char *> cases[] = {
+        {R"({"transceivers": [{"select": "1/25"}]})",
+         "scenarios/x.json: transceivers[0].select: port 1/25 has no transceiver fitted"},
+        {R"({"ports": [{"select": "1/25", "sfp": true}], "transceivers": [{"select": "1/25", "voltage_v": 9}]})",
+         "scenarios/x.json: transceivers[0].voltage_v: must be 0.000000..6.500000"},
+        {R"({"traffic": {"ports": [{"select": "1/1", "ingress": {"kbps": 10000001}}]}})",
+         "scenarios/x.json: traffic.ports[0].ingress.kbps: must be 0..10000000"},
+        {R"({"traffic": {"ports": [{"select": "1/1", "mirror": "all"}]}})",
+         "scenarios/x.json: traffic.ports[0].mirror: must be none, rx, tx or both"},
+        {R"({"traffic": {"mirror_to": "1/1", "ports": [{"select": "1/1-2", "mirror": "rx"}]}})",
+         "scenarios/x.json: traffic.ports[0].mirror: port 1/1 is the mirror destination"},
+        {R"({"trunks": [{"id": 1, "members": ["1/1"]}], "traffic": {"mirror_to": "T1"}})",
+         "scenarios/x.json: traffic.mirror_to: must name one port"},
+        {R"({"traffic": {"ports": [{"select": "1/1", "storm_pps": 0}]}})",
+         "scenarios/x.json: traffic.ports[0].storm_pps: must be 1..14880952"},
+    };
+    for (auto [json, message] : cases) {
+        try {
+            swsim::create_state_from_json(state_, json, "scenarios/x.json");
+            ADD_FAILURE() << "built: " << json;
+        } catch (const swsim::Error &e) {
+            EXPECT_EQ(std::string(e.what()), message) << json;
+        }
+    }
+}
+
+class Traffic : public SwitchTest {};
+
+// Queues share what the port sends, queue 0 most; the counters move with the
+// load, and a counter set from outside moves on from its new value.
+TEST_F(Traffic, QueueCountersFollowThePortsLoad) {
+    sw_->set_traffic(0, 0, 100000);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const auto before = sw_->traffic(0, 0);
+    const uint64_t frames = sw_->counter(0, 0, swsim::stat::kOutFrames);
+    uint64_t sum = 0;
+    for (int q = 0; q < SW_QUEUES; ++q) sum += before.queues[Switch::kSentPackets][q];
+    EXPECT_GT(sum, 0u);
+    EXPECT_LE(sum, frames);
+    EXPECT_GE(sum + SW_QUEUES, frames * 99 / 100);
+    EXPECT_GT(before.queues[Switch::kSentPackets][0], before.queues[Switch::kSentPackets][7]);
+
+    sw_->set_queue_counter(0, 0, Switch::kSentBytes, 7, 5);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const uint64_t after = sw_->traffic(0, 0).queues[Switch::kSentBytes][7];
+    EXPECT_GT(after, 5u);
+    EXPECT_LT(after, before.queues[Switch::kSentBytes][7]);
+
+    // A trunk counts its members (trunk 1 = 1/5 + 1/6).
+    sw_->set_queue_counter(0, 4, Switch::kDroppedPackets, 2, 40);
+    sw_->set_queue_counter(0, 5, Switch::kDroppedPackets, 2, 2);
+    EXPECT_EQ(sw_->traffic(0, 512).queues[Switch::kDroppedPackets][2], 42u);
+    EXPECT_THROW(sw_->set_queue_counter(0, 0, Switch::kSentBytes, 8, 1), swsim::Error);
+}
+
+TEST_F(Traffic, PlatformRefusesWhatItCannotDo) {
+    // The area holds big-endian words, queue 0 first, whatever the host.
+    sw_->set_queue_counter(0, 1, Switch::kSentPackets, 1, 0x0102030405060708ull);
+    uint8_t area[SW_QUEUE_AREA_SIZE];
+    EXPECT_EQ(cfg_get_queue_pkts_cnt(0, 1, area, sizeof area - 1), -1);
+    ASSERT_EQ(cfg_get_queue_pkts_cnt(0, 1, area, sizeof area), 0);
+    EXPECT_EQ(std::vector<uint8_t>(area + 8, area + 16), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8}));
+    EXPECT_EQ(cfg_get_queue_pkts_cnt(0, 512 + 5, area, sizeof area), -1) << "trunk 6 is not configured";
+    EXPECT_EQ(cfg_get_queue_pkts_cnt(0, 512, area, sizeof area), 0);
+    uint32_t value = 77;
+    EXPECT_EQ(cfg_get_port_burst_ingress(0, 0, &value), 0);
+    EXPECT_EQ(value, SW_BURST_DEFAULT_KB);
+    EXPECT_EQ(cfg_set_port_burst_ingress(0, 0, SW_BURST_MAX_KB + 1), -1);
+    EXPECT_EQ(cfg_set_port_rate_bcast_enable(0, 0, 2), -1);
+    EXPECT_EQ(cfg_set_mirror_to(1, 8), -1) << "no port 2/9";
+    int unit0 = 9, port0 = 9;
+    EXPECT_EQ(cfg_get_mirror_to(&unit0, &port0), -1);
+    EXPECT_EQ(unit0, 9) << "out arguments untouched on failure";
+    EXPECT_EQ(cfg_set_port_mirror(0, 0, 4), -1);
+    EXPECT_THROW(sw_->set_transceiver_readings(0, 7, swsim::Ddm{}), swsim::Error) << "1/8 has an empty cage";
+}
+
+class SwctlControls : public TempDir {
+protected:
+    std::string run(const std::string &args, int *code = nullptr) {
+        const std::string out = dir_ + "/out";
+        int status = std::system((std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >" + out + " 2>&1").c_str());
+        if (code) *code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        std::ifstream in(out);
+        std::stringstream s;
+        s << in.rdbuf();
+        return s.str();
+    }
+};
+
+TEST_F(SwctlControls, VerbsChangeTheLiveSwitch) {
+    int code = 0;
+    run("create " SCENARIO_DIR "/default.json", &code);
+    ASSERT_EQ(code, 0);
+    for (const char *args : {"ddm 1/25 --temp 61 --vcc 3.1 --bias 12.5 --tx 0.3 --rx 0.0001", "ddm 1/26 --none",
+                             "rate-limit T1 in 5000 --burst 64", "storm 1/3 on --pps 800", "mirror 1/4 tx",
+                             "mirror-to 2/1", "queue 1/2 3 dropped-bytes 1234567"}) {
+        EXPECT_EQ(run(args, &code), "") << args;
+        EXPECT_EQ(code, 0) << args;
+    }
+    Switch sw(state_);
+    const auto x = sw.transceiver(0, 24);
+    EXPECT_EQ(x.temperature_c, 61);
+    EXPECT_EQ(x.voltage, 31000);
+    EXPECT_EQ(x.bias, 125);
+    EXPECT_EQ(x.rx_power, 1);
+    EXPECT_FALSE(sw.transceiver(0, 25).diagnostics);
+    EXPECT_EQ(sw.traffic(0, 512).rate_kbps[Switch::kIngress], 5000u);
+    EXPECT_EQ(sw.traffic(0, 512).burst_kb[Switch::kIngress], 64u);
+    EXPECT_EQ(sw.traffic(0, 2).storm_pps, 800u);
+    EXPECT_EQ(sw.traffic(0, 3).mirror, SW_MIRROR_TX);
+    EXPECT_EQ(sw.mirror_to(), std::make_pair(1, 0));
+    EXPECT_GE(sw.traffic(0, 1).queues[Switch::kDroppedBytes][3], 1234567u);
+    EXPECT_NE(run("controls 1/25").find("61 C"), std::string::npos);
+
+    EXPECT_EQ(run("mirror-to 1/4", &code), "swctl: port 1/4 is mirrored and cannot be the destination\n");
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(run("ddm 1/5", &code), "swctl: port 1/5 has no transceiver fitted\n");
+    EXPECT_EQ(run("mirror-to none", &code), "");
+    EXPECT_EQ(sw.mirror_to(), std::make_pair(-1, -1));
+}
+
+}  // namespace

@@ -1,0 +1,124 @@
+// The simulated switch's VLAN calls: life cycle, membership rules, port VLAN
+// settings from a scenario, and swctl's GVRP verbs.
+#include <cstdlib>
+
+#include "support.hpp"
+
+namespace {
+
+using simtest::SwitchTest;
+
+constexpr const char *kVlanSwitch = R"({"units": [{"ports": 8}],
+    "trunks": [{"id": 1, "members": ["1/7", "1/8"]}],
+    "vlans": [{"vid": 1, "untagged": ["1/1-4", "T1"]}, {"vid": 30, "untagged": ["1/5"]}, {"vid": 40}],
+    "vlan_settings": {"gvrp": true, "ports": [{"select": ["1/2", "T1"], "pvid": 40, "acceptable": "tagged",
+                                              "ingress_filtering": true, "gvrp": true, "priority": 6}]}})";
+
+class SimVlans : public SwitchTest {
+protected:
+    void SetUp() override {
+        TempDir::SetUp();
+        boot(kVlanSwitch);
+    }
+    static int setting(int (*get)(int, int, int *), int unit0, int port0) {
+        int v = -99;
+        EXPECT_EQ(get(unit0, port0, &v), 0);
+        return v;
+    }
+};
+
+TEST_F(SimVlans, ScenarioSettingsAndDefaultPvids) {
+    EXPECT_EQ(setting(cfg_get_pvid, 0, 0), 1);
+    EXPECT_EQ(setting(cfg_get_pvid, 0, 4), 30);  // its untagged VLAN
+    EXPECT_EQ(setting(cfg_get_pvid, 0, 5), 1);   // untagged nowhere
+    for (int port0 : {1, 512}) {
+        EXPECT_EQ(setting(cfg_get_pvid, 0, port0), 40) << port0;
+        EXPECT_EQ(setting(cfg_get_port_discard, 0, port0), 2) << port0;
+        EXPECT_EQ(setting(cfg_get_ingress_filtering, 0, port0), 1) << port0;
+        EXPECT_EQ(setting(cfg_get_gvrp_enable_port, 0, port0), 1) << port0;
+        EXPECT_EQ(cfg_get_default_priority(0, port0), 6) << port0;
+    }
+    EXPECT_EQ(cfg_get_gvrp_enable(), 1);
+    EXPECT_EQ(cfg_get_vlan_dhcp_client(1), 0);
+    int untouched = 7;
+    EXPECT_EQ(cfg_get_pvid(0, 513, &untouched), -1);  // trunk 2 is not configured
+    EXPECT_EQ(untouched, 7);
+
+    std::string error;
+    try {
+        swsim::create_state_from_json(state_, R"({"vlan_settings": {"ports": [{"select": "1/1", "pvid": 9}]}})",
+                                      "scenarios/x.json");
+    } catch (const swsim::Error &e) {
+        error = e.what();
+    }
+    EXPECT_EQ(error, "scenarios/x.json: vlan_settings.ports[0].pvid: VLAN 9 does not exist");
+}
+
+TEST_F(SimVlans, LifeCycleAndMembershipRules) {
+    sw_status_t *s = get_status();
+    ASSERT_EQ(s->vlan_changed_static, 0);
+    ASSERT_EQ(cfg_vlan_create(50, 0, 0), 0);
+    EXPECT_EQ(s->vlan_changed_static + s->vlan_changed_current + s->vlan_changed_private, 3);
+    EXPECT_EQ(cfg_vlan_is_active(50), 0);  // created out of service
+    EXPECT_EQ(cfg_vlan_create(50, 0, 0), -1);
+    EXPECT_EQ(cfg_vlan_enable(50), 0);
+    EXPECT_EQ(cfg_vlan_is_active(50), 1);
+    EXPECT_EQ(cfg_set_vlan_name(50, "lab"), 0);
+    EXPECT_EQ(cfg_set_vlan_name(50, std::string(64, 'x').c_str()), -1);
+
+    EXPECT_EQ(cfg_set_vlan_port_member(0, 0, 50, SW_VLAN_TAGGED | SW_VLAN_UNTAGGED, 0), -1);
+    EXPECT_EQ(cfg_set_vlan_port_member(0, 0, 50, SW_VLAN_FORBIDDEN | SW_VLAN_DYNAMIC_GVRP, 0), -1);
+    EXPECT_EQ(cfg_set_vlan_port_member(0, 0, 50, 0x100, 0), -1);  // not storable
+    EXPECT_EQ(cfg_set_vlan_port_member(0, 0, 51, SW_VLAN_TAGGED, 0), -1);
+    EXPECT_EQ(cfg_set_vlan_port_member(0, 512, 50, SW_VLAN_UNTAGGED | SW_VLAN_DYNAMIC_GVRP, 0), 0);
+    uint32_t m = 0;
+    EXPECT_EQ(cfg_get_vlan_port_member(0, 512, 50, &m), 0);
+    EXPECT_EQ(m, SW_VLAN_UNTAGGED | SW_VLAN_DYNAMIC_GVRP);
+
+    // Destroying a VLAN moves its ports' PVIDs back to VLAN 1; VLAN 1 stays.
+    ASSERT_EQ(cfg_set_pvid(0, 3, 50), 0);
+    s->vlan_changed_static = 0;
+    EXPECT_EQ(cfg_vlan_destroy(50), 0);
+    EXPECT_EQ(s->vlan_changed_static, 1);
+    EXPECT_EQ(setting(cfg_get_pvid, 0, 3), 1);
+    EXPECT_EQ(cfg_vlan_exists(50), 0);
+    EXPECT_EQ(cfg_vlan_destroy(1), -1);
+    EXPECT_EQ(cfg_set_pvid(0, 3, 50), -1);
+    EXPECT_EQ(cfg_set_port_discard(0, 3, 3), -1);
+    EXPECT_EQ(cfg_set_default_priority(0, 3, 8), -1);
+}
+
+TEST_F(SimVlans, AnAttachingClientIsToldOfEveryVlan) {
+    sw_status_t *s = get_status();
+    s->vlan_changed_stack[0] = s->vlan_changed_stack[1] = 0;
+    s->vlan_changed_static = s->vlan_changed_current = s->vlan_changed_private = 0;
+    ASSERT_EQ(cfg_init(), 0);
+    EXPECT_EQ(s->vlan_changed_stack[0] + s->vlan_changed_stack[1] + s->vlan_changed_static +
+                  s->vlan_changed_current + s->vlan_changed_private,
+              5);
+}
+
+TEST_F(SimVlans, SwctlRegistersAndWithdrawsGvrpMembers) {
+    auto swctl = [&](const std::string &args) {
+        const std::string cmd = std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >/dev/null 2>&1";
+        const int status = std::system(cmd.c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    };
+    uint32_t m = 0;
+    ASSERT_EQ(swctl("vlan register 40 1/3"), 0);
+    ASSERT_EQ(cfg_get_vlan_port_member(0, 2, 40, &m), 0);
+    EXPECT_EQ(m, SW_VLAN_DYNAMIC_GVRP);
+    ASSERT_EQ(swctl("vlan register 40 T1"), 0);
+    EXPECT_EQ(sw_->vlan(40).members.size(), 2u);
+    ASSERT_EQ(swctl("vlan withdraw 40 1/3"), 0);
+    ASSERT_EQ(cfg_get_vlan_port_member(0, 2, 40, &m), 0);
+    EXPECT_EQ(m, 0u);
+    EXPECT_EQ(swctl("vlan register 41 1/3"), 1);
+
+    ASSERT_EQ(swctl("vlan deactivate 40"), 0);
+    EXPECT_EQ(cfg_vlan_is_active(40), 0);
+    ASSERT_EQ(swctl("vlan activate 40"), 0);
+    EXPECT_EQ(cfg_vlan_is_active(40), 1);
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+// EtherLike statistics: which platform statistic each counter reads, the low
+// 32 bits of it, duplex status from the status block, and the tables the
+// switch registers without rows.
+#include <utility>
+
+#include "fixture.hpp"
+#include "port_rows.hpp"
+#include "tables/catalogue.hpp"
+
+namespace unit {
+namespace {
+
+class EtherStatsTest : public SwitchTest {
+protected:
+    // Trunk 1 = 1/20 + 1/21; 1/1 full duplex, 1/2 half duplex, the rest down.
+    std::string scenario() const override {
+        return R"({"units": [{"ports": 28}],
+                   "trunks": [{"id": 1, "members": ["1/20", "1/21"]}],
+                   "ports": [{"select": ["1/1", "1/20", "1/21"], "link": true, "peer_speed": 1000},
+                             {"select": "1/2", "link": true, "peer_speed": 100, "half_duplex": true}]})";
+    }
+};
+
+using Counter = uint32_t (*)(int32_t);
+const std::pair<Counter, int> kCounters[] = {
+    {get_dot3StatsAlignmentErrors, 42},         {get_dot3StatsFCSErrors, 43},
+    {get_dot3StatsSingleCollisionFrames, 44},   {get_dot3StatsMultipleCollisionFrames, 45},
+    {get_dot3StatsSQETestErrors, 46},           {get_dot3StatsDeferredTransmissions, 47},
+    {get_dot3StatsLateCollisions, 48},          {get_dot3StatsExcessiveCollisions, 49},
+    {get_dot3StatsInternalMacTransmitErrors, 50}, {get_dot3StatsCarrierSenseErrors, 51},
+    {get_dot3StatsFrameTooLongs, 52},           {get_dot3StatsInternalMacReceiveErrors, 53},
+    {get_dot3StatsSymbolErrors, 54},            {get_dot3ControlInUnknownOpcodes, 55},
+};
+
+TEST_F(EtherStatsTest, EachCounterReadsItsOwnStatisticTruncatedTo32Bits) {
+    // A distinct value above 2^32 per statistic: a column that reads another
+    // statistic, or the high half, shows.
+    for (const auto &[get, stat] : kCounters)
+        sw().set_counter(0, 2, stat, (uint64_t(stat) << 32) + 1000 + uint64_t(stat));
+    for (const auto &[get, stat] : kCounters) {
+        auto made = calls_of([&] { EXPECT_EQ(get(3), 1000u + uint32_t(stat)) << "statistic " << stat; });
+        ASSERT_EQ(made.size(), 1u) << stat;
+        EXPECT_EQ(made[0].call, "bcmd_snmp_stat_get");
+        EXPECT_EQ(made[0].args, "0,2," + std::to_string(stat));
+    }
+    // A trunk counts what its members count, addressed as port0 512 + trunk0.
+    sw().set_counter(0, 19, 43, 7);
+    sw().set_counter(0, 20, 43, 5);
+    auto made = calls_of([] { EXPECT_EQ(get_dot3StatsFCSErrors(513), 12u); });
+    EXPECT_EQ(made.at(0).args, "0,512,43");
+}
+
+TEST_F(EtherStatsTest, CountersOfVlanInterfacesAndFailedReadsAreZero) {
+    EXPECT_TRUE(calls_of([] { EXPECT_EQ(get_dot3StatsFCSErrors(1001), 0u); }).empty());
+    sw().set_counter(0, 0, 43, 99);
+    sw().fault_set("bcmd_snmp_stat_get", -1, 1);
+    EXPECT_EQ(get_dot3StatsFCSErrors(1), 0u);
+    EXPECT_EQ(get_dot3StatsFCSErrors(1), 99u);
+}
+
+TEST_F(EtherStatsTest, DuplexStatusFollowsTheLink) {
+    EXPECT_EQ(get_dot3StatsDuplexStatus(1), 3);   // full
+    EXPECT_EQ(get_dot3StatsDuplexStatus(2), 2);   // half
+    EXPECT_EQ(get_dot3StatsDuplexStatus(3), 1);   // link down: unknown
+    EXPECT_EQ(get_dot3StatsDuplexStatus(513), 1); // no status record of its own
+    EXPECT_EQ(get_dot3StatsDuplexStatus(0), 1);
+    sw().set_link(0, 0, false);
+    EXPECT_EQ(get_dot3StatsDuplexStatus(1), 1);
+}
+
+TEST_F(EtherStatsTest, RowsArePortsThenTrunks) {
+    EXPECT_EQ(init_index_dot3StatsTable(add_int_row), 0);
+    ASSERT_EQ(rows().ints.size(), 29u);
+    EXPECT_EQ(rows().ints.front(), 1);
+    EXPECT_EQ(rows().ints.back(), 513);
+    EXPECT_EQ(get_dot3StatsIndex(513), 513);
+    size_t len = 0;
+    const uint32_t *chip = get_dot3StatsEtherChipSet(1, &len);
+    EXPECT_EQ(std::vector<uint32_t>(chip, chip + len / 4), (std::vector<uint32_t>{0, 0}));
+    EXPECT_EQ(get_dot3StatsRateControlAbility(1), 0);
+    EXPECT_EQ(get_dot3StatsRateControlStatus(1), 0);
+
+    sw().trunk_remove_port(0, 0, 19);
+    sw().trunk_remove_port(0, 0, 20);
+    EXPECT_EQ(exists_entry_dot3StatsTable(513), 0);
+    EXPECT_EQ(exists_entry_dot3StatsTable(1), 1);
+    EXPECT_EQ(rows().removed, std::vector<std::string>{"dot3StatsTable 513"});
+}
+
+TEST_F(EtherStatsTest, TablesWithoutRows) {
+    EXPECT_EQ(init_index_dot3CollTable(add_int_int_row), 0);
+    EXPECT_EQ(init_index_dot3ControlTable(add_int_row), 0);
+    EXPECT_EQ(init_index_dot3PauseTable(add_int_row), 0);
+    EXPECT_EQ(init_index_dot3HCStatsTable(add_int_row), 0);
+    EXPECT_TRUE(rows().ints.empty());
+    EXPECT_TRUE(rows().keys.empty());
+    EXPECT_EQ(exists_entry_dot3CollTable(1, 1), 1);
+    EXPECT_EQ(exists_entry_dot3ControlTable(9999), 1);
+    EXPECT_EQ(exists_entry_dot3PauseTable(0), 1);
+    EXPECT_EQ(exists_entry_dot3HCStatsTable(1), 1);
+    // Should a row be asked for: zeros, and a pause write that changes nothing.
+    auto made = calls_of([] {
+        EXPECT_EQ(get_dot3CollFrequencies(1, 1), 0u);
+        EXPECT_EQ(get_dot3PauseAdminMode(1), 0);
+        EXPECT_EQ(get_dot3PauseOperMode(1), 0);
+        EXPECT_EQ(set_dot3PauseAdminMode(1, 4), 0);
+        EXPECT_EQ(get_dot3HCStatsFCSErrors(1), 0u);
+        EXPECT_EQ(get_dot3HCStatsSymbolErrors(1), 0u);
+    });
+    EXPECT_TRUE(made.empty());
+}
+
+}  // namespace
+}  // namespace unit
