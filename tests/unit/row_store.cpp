@@ -60,21 +60,19 @@ void *trunkTable_createEntry(int32_t trunk) {
     rows().created.push_back("trunkTable " + std::to_string(trunk));
     return &rows();
 }
-void trunkTable_removeEntry(int32_t trunk) { rows().removed.push_back("trunkTable " + std::to_string(trunk)); }
-void lacpPortTable_removeEntry(int32_t i) { rows().removed.push_back("lacpPortTable " + std::to_string(i)); }
-void dot3adAggTable_removeEntry(int32_t i) { rows().removed.push_back("dot3adAggTable " + std::to_string(i)); }
-void dot3adAggPortTable_removeEntry(int32_t i) { rows().removed.push_back("dot3adAggPortTable " + std::to_string(i)); }
-void dot3adAggPortListTable_removeEntry(int32_t i) {
-    rows().removed.push_back("dot3adAggPortListTable " + std::to_string(i));
-}
-void dot3adAggPortStatsTable_removeEntry(int32_t i) {
-    rows().removed.push_back("dot3adAggPortStatsTable " + std::to_string(i));
-}
-void dot3adAggPortDebugTable_removeEntry(int32_t i) {
-    rows().removed.push_back("dot3adAggPortDebugTable " + std::to_string(i));
-}
-void ifTable_removeEntry(int32_t i) { rows().removed.push_back("ifTable " + std::to_string(i)); }
-void ifXTable_removeEntry(int32_t i) { rows().removed.push_back("ifXTable " + std::to_string(i)); }
+// Integer-indexed tables whose rows go through their row check.
+#define UNIT_INT_ROW_REMOVER(table) \
+    void table##_removeEntry(int32_t i) { rows().removed.push_back(#table " " + std::to_string(i)); }
+UNIT_INT_ROW_REMOVER(trunkTable)
+UNIT_INT_ROW_REMOVER(lacpPortTable)
+UNIT_INT_ROW_REMOVER(dot3adAggTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortListTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortStatsTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortDebugTable)
+UNIT_INT_ROW_REMOVER(ifTable)
+UNIT_INT_ROW_REMOVER(ifXTable)
+#undef UNIT_INT_ROW_REMOVER
 void ifStackTable_removeEntry(int32_t higher, int32_t lower) {
     rows().removed.push_back("ifStackTable " + std::to_string(higher) + "." + std::to_string(lower));
 }
