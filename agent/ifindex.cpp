@@ -24,12 +24,7 @@ bool trunk_in_use(int trunk0) { return cfg_check_trunk(trunk0) != 0 && cfg_is_tr
 // Calls add(ifindex) for every existing port (and trunk) in population order.
 template <class Add>
 void for_each_ifindex(bool with_trunks, Add &&add) {
-    for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
-        if (!ifindex_unit_present(unit0)) continue;
-        // The port count is asked again before every port.
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0)
-            add(port_to_ifindex(unit0, port0));
-    }
+    ifindex_for_each_port([&add](int unit0, int port0) { add(port_to_ifindex(unit0, port0)); });
     if (!with_trunks) return;
     for (int trunk0 = 0; trunk0 < SW_MAX_TRUNKS; ++trunk0)
         if (trunk_in_use(trunk0)) add(trunk_to_ifindex(trunk0));

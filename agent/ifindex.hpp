@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <string>
 
+#include "swplatform/platform.h"
+
 extern "C" {
 int ifindex_is_trunk(int32_t ifindex);  // 513 .. 640
 int ifindex_is_vlan(int32_t ifindex);   // 1001 .. 5094
@@ -41,6 +43,16 @@ int ifindex_row_exists(int32_t ifindex, void (*remove)(int32_t));
 
 // Whether unit0 (0 .. 7) is in the stack now.
 bool ifindex_unit_present(int unit0);
+
+// Calls visit(unit0, port0) for every port of every present unit, units and
+// ports ascending (the port count is asked again before every port).
+template <class Visit>
+void ifindex_for_each_port(Visit &&visit) {
+    for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
+        if (!ifindex_unit_present(unit0)) continue;
+        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0) visit(unit0, port0);
+    }
+}
 
 // ---- Small helpers shared by the accessors ----------------------------------
 

@@ -28,6 +28,7 @@
 
 #include "helpers.hpp"
 #include "hooks.hpp"
+#include "ifaces.hpp"
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
@@ -205,6 +206,7 @@ inline bool watched() { return hooks::hot(g_hot.load(std::memory_order_relaxed))
 
 namespace impl {
 
+using namespace ifaces_impl;
 using model::iface_of;
 using model::phys_of;
 
@@ -268,6 +270,7 @@ int lock_op(const View &v, cfg_lock_t *lock, bool write, bool release) {
         if (locks::read(*lock, fd) != 0) return -1;
         ++t_reads[i];
     }
+    model::publish_iface_change(v);
     return 0;
 }
 int lock_read(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, false, false); }
@@ -705,7 +708,23 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, cfg_get_port_mirror, (int unit0, int port0, int *mode), (unit0, port0, mode), -1)            \
     X(int, cfg_set_port_mirror, (int unit0, int port0, int mode), (unit0, port0, mode), -1)             \
     X(int, cfg_get_mirror_to, (int *unit0, int *port0), (unit0, port0), -1)                            \
-    X(int, cfg_set_mirror_to, (int unit0, int port0), (unit0, port0), -1)                               \
+    X(int, cfg_set_mirror_to, (int unit0, int port0), (unit0, port0), -1)                             \
+    /* ---- interfaces and trunks ---- */                                                              \
+    X(int, cfg_get_trap_enable_port, (int unit0, int port0, uint8_t *enabled), (unit0, port0, enabled), -1) \
+    X(int, cfg_set_trap_enable_port, (int unit0, int port0, int enabled), (unit0, port0, enabled), -1)  \
+    X(int, cfg_port_is_error_blocked, (int unit0, int port0), (unit0, port0), -1)                       \
+    X(int, cfg_trunk_count_link_up, (int trunk0), (trunk0), -1)                                         \
+    X(int, cfg_create_trunk, (int trunk0), (trunk0), -1)                                                \
+    X(int, cfg_destroy_trunk, (int trunk0), (trunk0), -1)                                               \
+    X(int, cfg_add_port_to_trunk, (int trunk0, int unit0, int port0, int flags),                        \
+      (trunk0, unit0, port0, flags), -1)                                                                \
+    X(int, cfg_remove_port_from_trunk, (int trunk0, int unit0, int port0), (trunk0, unit0, port0), -1) \
+    X(int, cfg_get_lacp_port, (int unit0, int port0, sw_lacp_port_t *info), (unit0, port0, info), -1)   \
+    X(int, cfg_set_lacp_port_enable, (int unit0, int port0, int enabled), (unit0, port0, enabled), -1)  \
+    X(int, cfg_set_lacp_port_priority, (int unit0, int port0, int priority), (unit0, port0, priority), -1) \
+    X(int, cfg_get_lacp_system_priority, (void), (), -1)                                                \
+    X(int, cfg_set_lacp_system_priority, (int priority), (priority), -1)                                \
+    X(int, cfg_get_lacp_last_change, (uint32_t * cs), (cs), -1)                                         \
     SWSIM_L2PROTO_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \

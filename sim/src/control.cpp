@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "hooks.hpp"
+#include "ifaces.hpp"
 #include "l2proto.hpp"
 #include "locks.hpp"
 #include "model.hpp"
@@ -315,5 +316,63 @@ void Switch::eaps_set_state(int id, uint32_t state) {
     impl_->change([&](View &v) { l2proto::ops::eaps_set_state(v, id, state); });
 }
 Switch::EapsInfo Switch::eaps(int id) const { return l2proto::eaps_info(impl_->v(), id); }
+
+// ---- interfaces ----
+
+void Switch::set_error_blocked(int unit0, int port0, bool blocked) {
+    impl_->change([&](View &v) {
+        model::ops::check_port(v, unit0, port0);
+        v.hw->ifaces_ext.error_blocked[model::phys_index(unit0, port0)] = blocked ? 1 : 0;
+    });
+}
+bool Switch::error_blocked(int unit0, int port0) const {
+    const View &v = impl_->v();
+    model::ops::check_port(v, unit0, port0);
+    return v.hw->ifaces_ext.error_blocked[model::phys_index(unit0, port0)] != 0;
+}
+bool Switch::trap_enabled(int unit0, int port0) const {
+    const View &v = impl_->v();
+    return v.cfg->ifaces_ext.trap_disabled[model::ops::check_iface(v, unit0, port0)] == 0;
+}
+uint32_t Switch::if_table_last_change() const { return impl_->v().hw->ifaces_ext.if_table_last_change; }
+
+void Switch::lacp_set_partner(int unit0, int port0, const LacpPartner &partner) {
+    impl_->change([&](View &v) { model::lacp_set_partner(v, unit0, port0, partner); });
+}
+void Switch::lacp_clear_partner(int unit0, int port0) {
+    impl_->change([&](View &v) { model::lacp_clear_partner(v, unit0, port0); });
+}
+void Switch::lacp_enable(int unit0, int port0, bool enabled) {
+    impl_->change([&](View &v) {
+        model::ops::check_port(v, unit0, port0);
+        ifaces_impl::cfg_set_lacp_port_enable(v, unit0, port0, enabled ? 1 : 0);
+    });
+}
+void Switch::lacp_set_key(int unit0, int port0, int key) {
+    impl_->change([&](View &v) {
+        model::ops::check_port(v, unit0, port0);
+        if (key < 1 || key > 65535) throw Error("LACP key must be 1..65535");
+        v.cfg->ifaces_ext.lacp[model::phys_index(unit0, port0)].key = uint16_t(key);
+        ++v.hw->ifaces_ext.lacp[model::phys_index(unit0, port0)].actor_changes;
+        model::lacp_reconcile(v);
+    });
+}
+void Switch::lacp_set_counter(int unit0, int port0, int counter, uint64_t value) {
+    impl_->change([&](View &v) { model::lacp_set_counter(v, unit0, port0, counter, value); });
+}
+int Switch::lacp_counter_number(const std::string &name) {
+    static const char *const names[SW_LACP_COUNTERS] = {"rx_lacpdu",  "rx_marker", "rx_marker_response",
+                                                        "rx_unknown", "rx_illegal", "tx_lacpdu",
+                                                        "tx_marker",  "tx_marker_response"};
+    for (int i = 0; i < SW_LACP_COUNTERS; ++i)
+        if (name == names[i]) return i;
+    throw Error("'" + name + "' is not an LACP counter (rx_lacpdu, rx_marker, rx_marker_response, rx_unknown, "
+                "rx_illegal, tx_lacpdu, tx_marker, tx_marker_response)");
+}
+sw_lacp_port_t Switch::lacp_port(int unit0, int port0) const {
+    const View &v = impl_->v();
+    model::ops::check_port(v, unit0, port0);
+    return model::lacp_port(v, model::phys_index(unit0, port0));
+}
 
 }  // namespace swsim

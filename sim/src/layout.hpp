@@ -30,6 +30,7 @@
 #include "layout_vlans.hpp"
 #include "layout_traffic.hpp"
 #include "layout_l2proto.hpp"
+#include "layout_ifaces.hpp"
 
 namespace swsim::layout {
 
@@ -157,6 +158,7 @@ struct ConfigModel {
     VlanSettings vlan_settings;
     TrafficConfig traffic;  // rate limits, storm control, mirroring
     L2ProtoConfig l2proto;
+    IfacesConfig ifaces_ext;
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -177,6 +179,7 @@ struct Hardware {
     PortHardware ports[kPhysPorts];
     TrafficHardware traffic;  // queue counter offsets
     L2ProtoHardware l2proto;
+    IfacesHardware ifaces_ext;
 };
 
 // ---- statistics ---------------------------------------------------------------

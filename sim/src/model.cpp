@@ -5,6 +5,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "ifaces.hpp"
 #include "util.hpp"
 
 namespace swsim::model {
@@ -333,6 +334,7 @@ template <class Change>
 int reconfigure(View &v, int iface, Change change) {
     if (!change(iface_cfg(v, iface))) return -1;
     if (!is_trunk_iface(iface)) refresh_port(v, iface / SW_PORTS_PER_UNIT, iface % SW_PORTS_PER_UNIT);
+    lacp_reconcile(v);  // aggregates follow their links
     return 0;
 }
 

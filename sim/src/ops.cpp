@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "l2proto.hpp"
+#include "ifaces.hpp"
 #include "model.hpp"
 #include "util.hpp"
 
@@ -67,14 +68,17 @@ void set_unit_present(View &v, int unit0, bool present) {
     if (!unit_in_range(unit0)) fail("no unit " + std::to_string(unit0 + 1) + " (units are 1..8)");
     sw_unit_status_t &u = v.status->units[unit0];
     if (!u.status2) fail("unit " + std::to_string(unit0 + 1) + " is not part of this stack");
+    if ((u.present != 0) != present) note_iface_change(v);
     u.present = present ? 1 : 0;
     refresh_unit(v, unit0);
+    lacp_reconcile(v);
 }
 
 void set_link(View &v, int unit0, int port0, bool up) {
     check_port(v, unit0, port0);
     v.hw->ports[phys_index(unit0, port0)].carrier = up ? 1 : 0;
     refresh_port(v, unit0, port0);
+    lacp_reconcile(v);
 }
 
 void set_link_speed(View &v, int unit0, int port0, int mbps, bool full_duplex) {
@@ -116,6 +120,7 @@ void trunk_destroy(View &v, int trunk0) {
     check_trunk_id(trunk0);
     layout::TrunkConfig &t = v.cfg->trunks[trunk0];
     if (!t.configured) fail(trunk_name(trunk0) + " is not configured");
+    if (!trunk_empty(v, trunk0)) note_iface_change(v);
     for (auto [u, p] : trunk_members(v, trunk0)) swp::cfg_image::set_trunk_member(v.image, trunk0, u, p, false);
     t = layout::TrunkConfig{};
     for (int vid = 1; vid <= SW_MAX_VLAN_ID; ++vid) v.cfg->members[vid][kPhysPorts + trunk0] = 0;
@@ -131,6 +136,7 @@ void trunk_add_port(View &v, int trunk0, int unit0, int port0) {
     int now = trunk_of_port(v, unit0, port0);
     if (now == trunk0) return;
     if (now >= 0) fail("port " + port_name(unit0, port0) + " is already in " + trunk_name(now));
+    if (trunk_empty(v, trunk0)) note_iface_change(v);
     swp::cfg_image::set_trunk_member(v.image, trunk0, unit0, port0, true);
 }
 
@@ -140,6 +146,7 @@ void trunk_remove_port(View &v, int trunk0, int unit0, int port0) {
     if (!trunk_has(v, trunk0, unit0, port0))
         fail("port " + port_name(unit0, port0) + " is not in " + trunk_name(trunk0));
     swp::cfg_image::set_trunk_member(v.image, trunk0, unit0, port0, false);
+    if (trunk_empty(v, trunk0)) note_iface_change(v);
 }
 
 void vlan_create(View &v, int vid, const std::string &name, bool dynamic) {

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "helpers.hpp"
+#include "ifaces.hpp"
 #include "l2proto.hpp"
 #include "model.hpp"
 #include "vlans.hpp"
@@ -118,7 +119,7 @@ public:
 
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
-                            "transceivers", "traffic", "stp", "igmp", "eaps"});
+                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -134,6 +135,7 @@ public:
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         port_controls(root);
+        interfaces(root.has("interfaces") ? root.at("interfaces") : empty("interfaces"));
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
         l2proto(root);
         // A switch that just booted has no VLAN changes to report.
@@ -369,6 +371,75 @@ private:
             if (!model::stat_settable(stat)) value.fail("is the sum of other statistics; set those");
             model::set_counter(v_, phys, stat, uint64_t(value.integer(0, INT64_MAX)));
         }
+    }
+
+    // ---- interfaces ----
+
+    // {"error_blocked": selection, "traps_off": selection,
+    //  "lacp_system_priority": n, "lacp": [port items]}
+    void interfaces(const Field &f) {
+        f.expect_object({"error_blocked", "traps_off", "lacp_system_priority", "lacp"});
+        model::lacp_defaults(v_);
+        v_.cfg->ifaces_ext.lacp_system_priority = uint16_t(f.integer("lacp_system_priority", 0, 65535, 32768));
+        if (f.has("lacp")) {
+            // Partners are heard over links that are up.
+            for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
+            for (const Field &item : f.at("lacp").items()) lacp_item(item);
+        }
+        if (f.has("error_blocked"))
+            for (auto [u, p] : select(f.at("error_blocked"))) {
+                if (u == 0 && p >= layout::kTrunkPortBase) f.at("error_blocked").fail("applies to ports, not trunks");
+                v_.hw->ifaces_ext.error_blocked[model::phys_index(u, p)] = 1;
+            }
+        if (f.has("traps_off"))
+            for (auto [u, p] : select(f.at("traps_off")))
+                v_.cfg->ifaces_ext.trap_disabled[model::iface_of(v_, u, p)] = 1;
+    }
+
+    // {"select": ports, "enabled": true, "priority": n, "key": n,
+    //  "partner": {"system": mac, "system_priority": n, "key": n, "port": n
+    //              (the first selected port's; one more for each next port),
+    //              "port_priority": n, "short_timeout": false, "aggregatable": true},
+    //  "counters": {"rx_marker": n, ...}}
+    void lacp_item(const Field &f) {
+        f.expect_object({"select", "enabled", "priority", "key", "partner", "counters"});
+        if (!f.has("select")) f.fail("needs a select field");
+        Switch::LacpPartner partner;
+        const bool has_partner = f.has("partner");
+        if (has_partner) {
+            Field pf = f.at("partner");
+            pf.expect_object({"system", "system_priority", "key", "port", "port_priority", "short_timeout", "aggregatable"});
+            if (!parse_mac(pf.text("system", 17, ""), partner.system)) pf.fail("needs a system MAC address");
+            partner.system_priority = int(pf.integer("system_priority", 0, 65535, 32768));
+            partner.key = int(pf.integer("key", 0, 65535, 1));
+            partner.port = int(pf.integer("port", 1, 65535, 1));
+            partner.port_priority = int(pf.integer("port_priority", 0, 65535, 32768));
+            partner.short_timeout = pf.boolean("short_timeout", false);
+            partner.aggregatable = pf.boolean("aggregatable", true);
+        }
+        for (auto [u, p] : select(f.at("select"))) {
+            if (u == 0 && p >= layout::kTrunkPortBase) f.at("select").fail("LACP runs on ports, not trunks");
+            layout::LacpPortConfig &c = v_.cfg->ifaces_ext.lacp[model::phys_index(u, p)];
+            c.enabled = f.boolean("enabled", true);
+            c.priority = uint16_t(f.integer("priority", 0, 65535, c.priority));
+            c.key = uint16_t(f.integer("key", 1, 65535, c.key));
+            if (has_partner) {
+                at_field(f.at("partner"), [&] { model::lacp_set_partner(v_, u, p, partner); });
+                ++partner.port;
+            }
+            if (f.has("counters")) {
+                Field cf = f.at("counters");
+                if (!cf.is_object()) cf.fail("must be an object of counter name: value");
+                for (auto it = cf.raw().begin(); it != cf.raw().end(); ++it) {
+                    Field value(src_, it.value(), cf.path() + "." + it.key());
+                    at_field(value, [&] {
+                        model::lacp_set_counter(v_, u, p, Switch::lacp_counter_number(it.key()),
+                                                uint64_t(value.integer(0, INT64_MAX)));
+                    });
+                }
+            }
+        }
+        model::lacp_reconcile(v_);
     }
 
     // ---- trunks ----

@@ -33,6 +33,10 @@ void *add_mac_row(const uint8_t *mac, size_t len) {
     rows().keys.push_back(mac_text(mac, len));
     return &rows();
 }
+void *add_pair_row(int32_t first, int32_t second) {
+    rows().keys.push_back(std::to_string(first) + "." + std::to_string(second));
+    return &rows();
+}
 void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len) {
     rows().keys.push_back(std::to_string(fid) + "/" + mac_text(mac, len));
     return &rows();
@@ -51,5 +55,25 @@ void dot1dTpFdbTable_removeEntry(const uint8_t *mac, size_t len) {
 }
 void dot1qTpFdbTable_removeEntry(uint32_t fid, const uint8_t *mac, size_t len) {
     rows().removed.push_back("dot1qTpFdbTable " + std::to_string(fid) + "/" + unit::mac_text(mac, len));
+}
+void *trunkTable_createEntry(int32_t trunk) {
+    rows().created.push_back("trunkTable " + std::to_string(trunk));
+    return &rows();
+}
+// Integer-indexed tables whose rows go through their row check.
+#define UNIT_INT_ROW_REMOVER(table) \
+    void table##_removeEntry(int32_t i) { rows().removed.push_back(#table " " + std::to_string(i)); }
+UNIT_INT_ROW_REMOVER(trunkTable)
+UNIT_INT_ROW_REMOVER(lacpPortTable)
+UNIT_INT_ROW_REMOVER(dot3adAggTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortListTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortStatsTable)
+UNIT_INT_ROW_REMOVER(dot3adAggPortDebugTable)
+UNIT_INT_ROW_REMOVER(ifTable)
+UNIT_INT_ROW_REMOVER(ifXTable)
+#undef UNIT_INT_ROW_REMOVER
+void ifStackTable_removeEntry(int32_t higher, int32_t lower) {
+    rows().removed.push_back("ifStackTable " + std::to_string(higher) + "." + std::to_string(lower));
 }
 }

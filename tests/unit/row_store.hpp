@@ -14,6 +14,7 @@ struct RowLog {
     std::vector<int32_t> ints;       // integer-indexed rows added
     std::vector<std::string> keys;   // MAC or "fid/MAC" rows added
     std::vector<std::string> removed;  // "<table> <index>"
+    std::vector<std::string> created;  // rows a setter added itself: "<table> <index>"
     void clear() { *this = RowLog{}; }
 };
 RowLog &rows();
@@ -23,6 +24,7 @@ std::string mac_text(const uint8_t *mac, size_t len);
 void *add_int_row(int32_t index);
 void *add_gauge_row(uint32_t index);
 void *add_mac_row(const uint8_t *mac, size_t len);
+void *add_pair_row(int32_t first, int32_t second);  // "first.second"
 void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len);
 
 }  // namespace unit

@@ -196,6 +196,7 @@ public:
         add_journal();
         add_port_controls();
         add_l2proto();
+        add_ifaces();
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 
@@ -677,6 +678,74 @@ private:
     }
 
     std::string root_prio_ = "4096", root_mac_ = "00:00:5e:00:53:01", root_cost_ = "20000", ring_state_ = "0";
+    // ---- interfaces ----
+    void add_ifaces() {
+        auto *block = add("block", "Block a port for an error condition (loop, flapping), or release it",
+                          [this](swsim::Switch &sw) {
+                              auto p = parse_port(a_);
+                              sw.set_error_blocked(p.unit0, p.port0, b_ == "on");
+                          });
+        block->add_option("port", a_, "UNIT/PORT")->required();
+        block->add_option("state", b_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+
+        auto *lacp = app_.add_subcommand("lacp", "LACP: ports that run it, their partners and counters");
+        lacp->require_subcommand(1);
+        auto *enable = add(lacp, "enable", "Run LACP on a port (on) or stop it (off)", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.lacp_enable(p.unit0, p.port0, b_ == "on");
+        });
+        enable->add_option("port", a_, "UNIT/PORT")->required();
+        enable->add_option("state", b_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        auto *key = add(lacp, "key", "Set a port's LACP key", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.lacp_set_key(p.unit0, p.port0, parse_int(b_, "key"));
+        });
+        key->add_option("port", a_, "UNIT/PORT")->required();
+        key->add_option("key", b_, "1..65535")->required();
+        auto *partner = add(lacp, "partner", "Set what a port's link partner announces, or 'none'", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            if (b_ == "none") return sw.lacp_clear_partner(p.unit0, p.port0);
+            parse_mac(b_, partner_.system);
+            partner_.short_timeout = flag_;
+            partner_.aggregatable = !individual_;
+            sw.lacp_set_partner(p.unit0, p.port0, partner_);
+        });
+        partner->add_option("port", a_, "UNIT/PORT")->required();
+        partner->add_option("system", b_, "Partner system MAC address, or none")->required();
+        partner->add_option("--key", partner_.key, "Partner key")->default_val(1);
+        partner->add_option("--port", partner_.port, "Partner port number")->default_val(1);
+        partner->add_option("--priority", partner_.port_priority, "Partner port priority")->default_val(32768);
+        partner->add_option("--system-priority", partner_.system_priority, "Partner system priority")->default_val(32768);
+        partner->add_flag("--short", flag_, "Partner asks for the short timeout (a LACPDU every second)");
+        partner->add_flag("--individual", individual_, "Partner will not aggregate the link");
+        auto *counter = add(lacp, "counter", "Set a port's LACP counter", [this](swsim::Switch &sw) {
+            auto p = parse_port(a_);
+            sw.lacp_set_counter(p.unit0, p.port0, swsim::Switch::lacp_counter_number(b_), parse_u64(c_, "counter value"));
+        });
+        counter->add_option("port", a_, "UNIT/PORT")->required();
+        counter->add_option("name", b_, "rx_lacpdu, rx_marker, rx_marker_response, rx_unknown, rx_illegal, tx_lacpdu, "
+                                        "tx_marker or tx_marker_response")->required();
+        counter->add_option("value", c_, "Value")->required();
+        add(lacp, "show", "Ports that run LACP or hear a partner", [](swsim::Switch &sw) {
+            std::printf("%-6s %-4s %-6s %-5s %-17s %-6s %-5s %s\n", "port", "lacp", "key", "trunk", "partner", "key",
+                        "state", "lacpdus rx/tx");
+            for (int u = 0; u < SW_MAX_UNITS; ++u) {
+                if (!sw.unit(u).known) continue;
+                for (int p = 0; p < sw.unit(u).ports; ++p) {
+                    const sw_lacp_port_t l = sw.lacp_port(u, p);
+                    if (!l.enabled && !l.partner_present) continue;
+                    const int t = sw.port(u, p).trunk0;
+                    std::printf("%-6s %-4s %-6u %-5s %-17s %-6u 0x%02x  %llu/%llu\n", port_text(u, p).c_str(),
+                                l.enabled ? "on" : "off", l.actor_key, t >= 0 ? ("T" + std::to_string(t + 1)).c_str() : "",
+                                l.partner_present ? mac_text(l.partner_system).c_str() : "-", l.partner_key,
+                                l.actor_state, (unsigned long long)l.counters[SW_LACP_RX_LACPDU],
+                                (unsigned long long)l.counters[SW_LACP_TX_LACPDU]);
+                }
+            }
+        });
+    }
+    swsim::Switch::LacpPartner partner_;
+    bool individual_ = false;
 
     CLI::App app_;
     std::function<void()> action_;

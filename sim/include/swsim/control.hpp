@@ -274,6 +274,37 @@ public:
     std::pair<int, int> mirror_to() const;            // (-1, -1): none
     void set_queue_counter(int unit0, int port0, QueueCounter kind, int queue, uint64_t value);
     TrafficInfo traffic(int unit0, int port0) const;  // ports and trunks
+    // ---- interfaces ----
+    // A port blocked by an error condition (loop, flapping, BPDU guard)
+    // keeps its link but carries no traffic.
+    void set_error_blocked(int unit0, int port0, bool blocked);
+    bool error_blocked(int unit0, int port0) const;
+    // Link up/down notifications of a port or trunk (unit0 0, 512 + trunk0).
+    bool trap_enabled(int unit0, int port0) const;
+    // uptime_cs() when an interface last appeared or went away.
+    uint32_t if_table_last_change() const;
+
+    // LACP.  What a port's link partner announces; setting it (or
+    // clearing it, or changing a port's LACP settings) lets the switch form
+    // and dissolve its dynamic trunks.
+    struct LacpPartner {
+        uint8_t system[6] = {0x02, 0x00, 0x00, 0x00, 0x00, 0x01};
+        int system_priority = 32768;
+        int key = 1;
+        int port = 1;
+        int port_priority = 32768;
+        bool short_timeout = false;
+        bool aggregatable = true;
+    };
+    void lacp_set_partner(int unit0, int port0, const LacpPartner &partner);
+    void lacp_clear_partner(int unit0, int port0);
+    void lacp_enable(int unit0, int port0, bool enabled);
+    void lacp_set_key(int unit0, int port0, int key);  // 1..65535
+    // Counter SW_LACP_*; names: rx_lacpdu, rx_marker, rx_marker_response,
+    // rx_unknown, rx_illegal, tx_lacpdu, tx_marker, tx_marker_response.
+    void lacp_set_counter(int unit0, int port0, int counter, uint64_t value);
+    static int lacp_counter_number(const std::string &name);  // throws Error
+    sw_lacp_port_t lacp_port(int unit0, int port0) const;
 
     struct Impl;
 

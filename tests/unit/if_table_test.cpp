@@ -1,0 +1,254 @@
+// The interfaces group: speeds and their caps, types by range, counter
+// widths, the status columns, the writable columns and the interface stack.
+#include <thread>
+
+#include "fixture.hpp"
+#include "scalars/catalogue.hpp"
+#include "tables/catalogue.hpp"
+
+namespace unit {
+namespace {
+
+class IfTableTest : public SwitchTest {
+protected:
+    // Unit 1: 1/1-8 up at 1000 in trunk 1 (first three) and trunk 2 (next
+    // five); 1/9 down with 100 configured; 1/26 a 10G cage that is up.
+    // Trunk 3 exists and is empty; VLAN 30 holds 1/10 untagged.
+    std::string scenario() const override {
+        return R"({"units": [{"ports": 28}],
+                   "trunks": [{"id": 1, "members": ["1/1", "1/2", "1/3"]},
+                              {"id": 2, "members": ["1/4", "1/5", "1/6", "1/7", "1/8"]},
+                              {"id": 3}],
+                   "ports": [{"select": "1/1-8", "link": true, "peer_speed": 1000},
+                             {"select": "1/9", "speed": 100},
+                             {"select": "1/10-12", "link": true, "peer_speed": 100},
+                             {"select": "1/26", "link": true, "sfp": true, "peer_speed": 10000}],
+                   "vlans": [{"vid": 1, "name": "default", "untagged": ["1/11-12"]},
+                             {"vid": 30, "name": "lab", "untagged": ["1/10"]},
+                             {"vid": 4094, "name": "last", "untagged": ["1/12"]}]})";
+    }
+    static std::string alias(int32_t i) {
+        size_t len = 0;
+        const uint8_t *p = get_ifAlias(i, &len);
+        return text(p, len);
+    }
+    // The stack population as the table handler runs it: under the read lock.
+    std::vector<std::string> stack_rows() {
+        rows().clear();
+        lock_read(cfg_lock_table[2]);
+        init_index_ifStackTable(add_pair_row);
+        const int still_held = lock_free(cfg_lock_table[2]);
+        EXPECT_EQ(still_held, 0) << "the population gives the lock back as it found it";
+        return rows().keys;
+    }
+};
+
+TEST_F(IfTableTest, SpeedsOfPortsAndTrunks) {
+    // Three members at 1000: 3 Gbit/s; five: above the 4000 Mbit/s cap.
+    EXPECT_EQ(get_ifSpeed(513), 3000000000u);
+    EXPECT_EQ(get_ifHighSpeed(513), 3000u);
+    EXPECT_EQ(get_ifSpeed(514), 4294967295u);
+    EXPECT_EQ(get_ifHighSpeed(514), 5000u);
+    // Only members whose link is up count.
+    sw().set_link(0, 0, false);
+    EXPECT_EQ(get_ifSpeed(513), 2000000000u);
+    EXPECT_EQ(get_ifHighSpeed(513), 2000u);
+    // A port that is down reports its second speed word.
+    EXPECT_EQ(get_ifSpeed(9), 100000000u);
+    EXPECT_EQ(get_ifHighSpeed(9), 100u);
+    EXPECT_EQ(get_ifSpeed(11), 100000000u);
+    EXPECT_EQ(get_ifSpeed(26), 4294967295u);
+    EXPECT_EQ(get_ifHighSpeed(26), 10000u);
+    // A speed the mapping does not know reads 0.
+    get_status()->units[0].ports[10].speed = 2500;
+    EXPECT_EQ(get_ifSpeed(11), 0u);
+    EXPECT_EQ(get_ifHighSpeed(11), 0u);
+    // VLAN interfaces have no speed; indexes beyond the stack read 0.
+    EXPECT_EQ(get_ifSpeed(1030), 0u);
+    EXPECT_EQ(get_ifHighSpeed(1030), 0u);
+    EXPECT_EQ(get_ifSpeed(5095), 0u);
+}
+
+TEST_F(IfTableTest, TypesFollowTheTextTrunkRange) {
+    EXPECT_EQ(get_ifType(1), 6);
+    EXPECT_EQ(get_ifType(511), 6);
+    EXPECT_EQ(get_ifType(512), 161);
+    EXPECT_EQ(get_ifType(639), 161);
+    EXPECT_EQ(get_ifType(640), 6);
+    EXPECT_EQ(get_ifType(1001), 135);
+    EXPECT_EQ(get_ifType(5094), 135);
+}
+
+TEST_F(IfTableTest, CountersKeepTheirWidth) {
+    sw().set_link(0, 9, false);  // no traffic moves while the link is down
+    const uint64_t big = (uint64_t(7) << 32) + 5;
+    sw().set_counter(0, 9, 0, big);
+    sw().set_counter(0, 9, 62, (uint64_t(1) << 32) - 1);
+    EXPECT_EQ(get_ifInOctets(10), 5u);
+    EXPECT_EQ(get_ifHCInOctets(10), big);
+    EXPECT_EQ(get_ifOutOctets(10), 4294967295u);
+    EXPECT_EQ(get_ifHCOutOctets(10), 4294967295u);
+    // The multicast and broadcast counters of both widths read one count.
+    sw().set_counter(0, 9, 60, big + 1);
+    sw().set_counter(0, 9, 65, big + 2);
+    EXPECT_EQ(get_ifInMulticastPkts(10), 6u);
+    EXPECT_EQ(get_ifHCInMulticastPkts(10), big + 1);
+    EXPECT_EQ(get_ifOutBroadcastPkts(10), 7u);
+    EXPECT_EQ(get_ifHCOutBroadcastPkts(10), big + 2);
+    // A trunk counts its members; a VLAN interface has no counters and
+    // asks the platform nothing.
+    EXPECT_EQ(get_ifHCInOctets(513), sw().counter(0, 512, 0));
+    EXPECT_TRUE(calls_of([] {
+                    EXPECT_EQ(get_ifInOctets(1030), 0u);
+                    EXPECT_EQ(get_ifHCInOctets(1030), 0u);
+                    EXPECT_EQ(get_ifOutQLen(1030), 0u);
+                }).empty());
+    // A failing read answers 0.
+    sw().fault_set("bcmd_snmp_stat_get", -1, 2);
+    EXPECT_EQ(get_ifInOctets(10), 0u);
+    EXPECT_EQ(get_ifHCInOctets(10), 0u);
+}
+
+TEST_F(IfTableTest, OperationalStatus) {
+    EXPECT_EQ(get_ifOperStatus(1), 1);
+    EXPECT_EQ(get_ifOperStatus(9), 2);
+    sw().set_error_blocked(0, 0, true);
+    EXPECT_EQ(get_ifOperStatus(1), 5);
+    EXPECT_EQ(get_ifOperStatus(513), 1);
+    for (int p = 0; p < 3; ++p) sw().set_link(0, p, false);
+    EXPECT_EQ(get_ifOperStatus(513), 2);
+    sw().fault_set("bcmd_get_port_info", -3, 1);
+    EXPECT_EQ(get_ifOperStatus(2), 4);
+}
+
+TEST_F(IfTableTest, AdministrativeStatus) {
+    EXPECT_EQ(set_ifAdminStatus(10, 2), 0);
+    EXPECT_FALSE(sw().port(0, 9).admin);
+    EXPECT_EQ(get_ifAdminStatus(10), 2);
+    EXPECT_EQ(get_ifOperStatus(10), 2);
+    EXPECT_EQ(set_ifAdminStatus(10, 1), 0);
+    EXPECT_EQ(get_ifAdminStatus(10), 1);
+    // A trunk is switched at its port address in one call.
+    auto made = calls_of([] { EXPECT_EQ(set_ifAdminStatus(514, 2), 0); });
+    ASSERT_EQ(made.size(), 2u);
+    EXPECT_EQ(made[0].call, "cfg_check_trunk");
+    EXPECT_EQ(made[0].args, "1");
+    EXPECT_EQ(made[1].call, "cfg_set_port_enable");
+    EXPECT_EQ(made[1].args, "0,513,0");
+    // Refused without a write: testing(3), a VLAN, an unconfigured trunk.
+    for (auto [index, value] : std::initializer_list<std::pair<int32_t, int32_t>>{{10, 3}, {1005, 1}, {520, 1}})
+        EXPECT_EQ(count_calls("cfg_set_port_enable", [&] { EXPECT_LT(set_ifAdminStatus(index, value), 0); }), 0u)
+            << index;
+    // 512 is tested as trunk 511, which is no answer of "not configured".
+    made = calls_of([] { set_ifAdminStatus(512, 1); });
+    ASSERT_FALSE(made.empty());
+    EXPECT_EQ(made[0].args, "511");
+    EXPECT_EQ(made.back().call, "cfg_set_port_enable");
+    EXPECT_EQ(made.back().args, "7,63,1");
+    // VLAN interfaces read their VLAN's state.
+    EXPECT_EQ(get_ifAdminStatus(1030), 1);
+    EXPECT_EQ(get_ifAdminStatus(1031), 2);
+    sw().fault_set("cfg_set_port_enable", -2, 1);
+    EXPECT_EQ(set_ifAdminStatus(10, 2), -2);
+}
+
+TEST_F(IfTableTest, NotificationsAliasesAndFixedColumns) {
+    EXPECT_EQ(get_ifLinkUpDownTrapEnable(10), 1);
+    EXPECT_EQ(set_ifLinkUpDownTrapEnable(10, 2), 0);
+    EXPECT_FALSE(sw().trap_enabled(0, 9));
+    EXPECT_EQ(get_ifLinkUpDownTrapEnable(10), 2);
+    EXPECT_EQ(set_ifLinkUpDownTrapEnable(513, 2), 0);
+    EXPECT_FALSE(sw().trap_enabled(0, 512));
+    EXPECT_LT(set_ifLinkUpDownTrapEnable(10, 0), 0);
+    EXPECT_LT(set_ifLinkUpDownTrapEnable(1030, 1), 0);
+    EXPECT_TRUE(sw().port(0, 9).description.empty());
+
+    // Ports and trunks: the description; VLANs: the VLAN's name.
+    EXPECT_EQ(set_ifAlias(10, bytes("to lab bench"), 6), 0);
+    EXPECT_EQ(alias(10), "to lab");
+    EXPECT_EQ(sw().port(0, 9).description, "to lab");
+    EXPECT_EQ(alias(1030), "lab");
+    EXPECT_EQ(set_ifAlias(1030, bytes("lab-2"), 5), 0);
+    EXPECT_EQ(sw().vlan(30).name, "lab-2");
+    EXPECT_EQ(alias(1030), "lab-2");
+    EXPECT_LT(set_ifAlias(1031, bytes("x"), 1), 0);  // no VLAN 31
+    EXPECT_EQ(count_calls("cfg_set_port_description", [] { EXPECT_LT(set_ifAlias(520, bytes("x"), 1), 0); }), 0u);
+    EXPECT_EQ(set_ifAlias(513, bytes("uplink"), 6), 0);
+    EXPECT_EQ(alias(513), "uplink");
+    // Longer than the platform keeps: refused, nothing changes.
+    const std::string long_text(SW_TEXT_SIZE, 'x');
+    EXPECT_LT(set_ifAlias(10, bytes(long_text.c_str()), long_text.size()), 0);
+    EXPECT_EQ(alias(10), "to lab");
+
+    EXPECT_EQ(get_ifPromiscuousMode(1), 1);
+    EXPECT_LT(set_ifPromiscuousMode(1, 1), 0);
+    EXPECT_EQ(get_ifConnectorPresent(1), 1);
+    EXPECT_EQ(get_ifMtu(1030), 0);
+    EXPECT_EQ(get_ifMtu(26), 1500);
+    size_t len = 0;
+    const uint32_t *specific = get_ifSpecific(1, &len);
+    ASSERT_EQ(len, 8u);
+    EXPECT_EQ(specific[0], 0u);
+    EXPECT_EQ(specific[1], 0u);
+}
+
+TEST_F(IfTableTest, PhysicalAddresses) {
+    size_t len = 0;
+    const uint8_t *mac = get_ifPhysAddress(1, &len);
+    EXPECT_EQ(mac_text(mac, len), "02:00:5e:10:00:01");
+    mac = get_ifPhysAddress(1030, &len);
+    EXPECT_EQ(mac_text(mac, len), "02:00:5e:10:00:00");  // the switch's own
+    sw().fault_set("cfg_get_port_mac", -1, 1);
+    get_ifPhysAddress(1, &len);
+    EXPECT_EQ(len, 0u);
+}
+
+TEST_F(IfTableTest, RowsAndTheirChangeStamp) {
+    EXPECT_EQ(init_index_ifTable(add_int_row), 0);
+    ASSERT_EQ(rows().ints.size(), 30u);  // 28 ports, trunks 1 and 2 (3 is empty)
+    EXPECT_EQ(rows().ints.back(), 514);
+    EXPECT_EQ(exists_entry_ifXTable(515), 0);
+    EXPECT_EQ(rows().removed, std::vector<std::string>{"ifXTable 515"});
+
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    sw().trunk_add_port(2, 0, 20);  // trunk 3 comes into use
+    const uint32_t stamp = sw().if_table_last_change();
+    EXPECT_GT(stamp, 0u);
+    lock_read(cfg_lock_table[2]);  // readers see the stamp of the time they locked
+    EXPECT_EQ(get_ifTableLastChange(), stamp);
+    lock_free(cfg_lock_table[2]);
+    EXPECT_EQ(get_ifStackLastChange(), 0u);
+}
+
+TEST_F(IfTableTest, StackShowsTrunksAndVlans) {
+    const std::vector<std::string> base = {"513.1",  "513.2",  "513.3",  "514.4", "514.5",
+                                           "514.6",  "514.7",  "514.8",  "1001.11", "1001.12"};
+    std::vector<std::string> all = base;
+    all.push_back("1030.10");
+    // The other VLANs are walked when the platform reports a change of the
+    // VLAN set (as it does to a client that has just attached); 4094 never.
+    EXPECT_EQ(stack_rows(), all);
+    EXPECT_EQ(get_status()->vlan_changed_stack[0], 0);
+    EXPECT_EQ(stack_rows(), base) << "the change has been taken";
+    sw().vlan_create(40, "new");
+    EXPECT_EQ(stack_rows(), all);
+
+    EXPECT_EQ(get_ifStackStatus(513, 1), 1);
+    EXPECT_EQ(get_ifStackStatus(1030, 10), 1);
+    EXPECT_LT(set_ifStackStatus(513, 1, 1), 0);
+
+    // Rows go with their layer.
+    EXPECT_EQ(exists_entry_ifStackTable(513, 1), 1);
+    sw().trunk_remove_port(0, 0, 0);
+    EXPECT_EQ(exists_entry_ifStackTable(513, 1), 0);
+    sw().vlan_set_member(30, 0, 9, 0);
+    EXPECT_EQ(exists_entry_ifStackTable(1030, 10), 0);
+    sw().vlan_delete(40);
+    EXPECT_EQ(exists_entry_ifStackTable(1040, 10), 0);
+    EXPECT_EQ(exists_entry_ifStackTable(1001, 11), 1);
+    EXPECT_EQ(rows().removed,
+              (std::vector<std::string>{"ifStackTable 513.1", "ifStackTable 1030.10", "ifStackTable 1040.10"}));
+}
+
+}  // namespace
+}  // namespace unit
