@@ -173,7 +173,7 @@ int32_t get_ifAdminStatus(int32_t i) {
     if (ifindex_is_vlan(i)) return cfg_vlan_is_active(vid_of(i)) != 0 ? 1 : 2;
     const Port p(i);
     int enabled = 0;
-    cfg_get_port_enable(p.unit0, p.port0, &enabled);
+    cfg_get_port_enabled(p.unit0, p.port0, &enabled);
     return enabled != 0 ? 1 : 2;
 }
 
@@ -184,7 +184,7 @@ int set_ifAdminStatus(int32_t i, int32_t value) {
     if (text_trunk(i) && cfg_check_trunk(trunk_of(i)) == 0) return -1;
     if (value != 1 && value != 2) return -1;
     const Port p(i);
-    return cfg_set_port_enable(p.unit0, p.port0, value == 1 ? 1 : 0);
+    return cfg_set_port_enabled(p.unit0, p.port0, value == 1 ? 1 : 0);
 }
 
 // 1 up, 2 down, 4 unknown (no answer), 5 dormant: a trunk with no member

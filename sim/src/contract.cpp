@@ -375,7 +375,7 @@ int cfg_set_port_description(const View &v, int unit0, int port0, const char *te
 int cfg_get_port_type_vx7300(const View &v, int unit0, int port0) {
     return with_iface(v, unit0, port0, [](int, auto &c) { return int(c.type); });
 }
-int cfg_get_port_enable(const View &v, int unit0, int port0, int *enabled) {
+int cfg_get_port_enabled(const View &v, int unit0, int port0, int *enabled) {
     return with_iface(v, unit0, port0, [&](int, auto &c) { return give(enabled, int(c.admin)); });
 }
 int cfg_get_port_autoneg(const View &v, int unit0, int port0, int *on) {
@@ -413,7 +413,7 @@ int cfg_get_port_mac(const View &v, int unit0, int port0, uint8_t mac[6]) {
         View mv = v;                                                                      \
         return with_iface(v, unit0, port0, [&](int i, auto &) { return setter(mv, i, value); }); \
     }
-SWSIM_PORT_SETTER(cfg_set_port_enable, int, model::set_port_enable)
+SWSIM_PORT_SETTER(cfg_set_port_enabled, int, model::set_port_enable)
 SWSIM_PORT_SETTER(cfg_set_port_autoneg, int, [](View &m, int i, int on) { return model::set_port_autoneg(m, i, on != 0); })
 SWSIM_PORT_SETTER(cfg_set_port_speed, int, model::set_port_speed)
 SWSIM_PORT_SETTER(cfg_set_port_duplex, int, model::set_port_duplex)
@@ -634,8 +634,8 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
       (unit0, port0, buf, size), -1)                                                                    \
     X(int, cfg_set_port_description, (int unit0, int port0, const char *text), (unit0, port0, text), -1) \
     X(int, cfg_get_port_type_vx7300, (int unit0, int port0), (unit0, port0), -1)                        \
-    X(int, cfg_get_port_enable, (int unit0, int port0, int *enabled), (unit0, port0, enabled), -1)      \
-    X(int, cfg_set_port_enable, (int unit0, int port0, int enabled), (unit0, port0, enabled), -1)       \
+    X(int, cfg_get_port_enabled, (int unit0, int port0, int *enabled), (unit0, port0, enabled), -1)      \
+    X(int, cfg_set_port_enabled, (int unit0, int port0, int enabled), (unit0, port0, enabled), -1)       \
     X(int, cfg_get_port_autoneg, (int unit0, int port0, int *on), (unit0, port0, on), -1)               \
     X(int, cfg_set_port_autoneg, (int unit0, int port0, int on), (unit0, port0, on), -1)                \
     X(int, cfg_get_port_speed, (int unit0, int port0, int *mbps), (unit0, port0, mbps), -1)             \

@@ -192,7 +192,7 @@ TEST_F(SwitchTest, ConfiguredSpeedDrivesTheLink) {
 
     // While down the second speed word holds the configured speed.
     ASSERT_EQ(cfg_set_port_speed(0, 1, 10), 0);
-    ASSERT_EQ(cfg_set_port_enable(0, 1, 0), 0);
+    ASSERT_EQ(cfg_set_port_enabled(0, 1, 0), 0);
     const sw_port_status_t &st = get_status()->units[0].ports[1];
     EXPECT_EQ(st.link, 0u);
     EXPECT_EQ(st.speed2, 10u);

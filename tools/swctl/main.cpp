@@ -735,8 +735,10 @@ private:
                     const sw_lacp_port_t l = sw.lacp_port(u, p);
                     if (!l.enabled && !l.partner_present) continue;
                     const int t = sw.port(u, p).trunk0;
+                    char trunk[16] = "";
+                    if (t >= 0) std::snprintf(trunk, sizeof trunk, "T%d", t + 1);
                     std::printf("%-6s %-4s %-6u %-5s %-17s %-6u 0x%02x  %llu/%llu\n", port_text(u, p).c_str(),
-                                l.enabled ? "on" : "off", l.actor_key, t >= 0 ? ("T" + std::to_string(t + 1)).c_str() : "",
+                                l.enabled ? "on" : "off", l.actor_key, trunk,
                                 l.partner_present ? mac_text(l.partner_system).c_str() : "-", l.partner_key,
                                 l.actor_state, (unsigned long long)l.counters[SW_LACP_RX_LACPDU],
                                 (unsigned long long)l.counters[SW_LACP_TX_LACPDU]);

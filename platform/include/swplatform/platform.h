@@ -179,8 +179,8 @@ int cfg_set_port_description(int unit0, int port0, const char *text);
 #define SW_PORT_TYPE_100FX 12  /* 100BASE-FX fibre */
 #define SW_PORT_TYPE_TRUNK 14  /* port channel */
 int cfg_get_port_type_vx7300(int unit0, int port0); /* SW_PORT_TYPE_* */
-int cfg_get_port_enable(int unit0, int port0, int *enabled);
-int cfg_set_port_enable(int unit0, int port0, int enabled);
+int cfg_get_port_enabled(int unit0, int port0, int *enabled);
+int cfg_set_port_enabled(int unit0, int port0, int enabled);
 int cfg_get_port_autoneg(int unit0, int port0, int *on);
 int cfg_set_port_autoneg(int unit0, int port0, int on);
 int cfg_get_port_speed(int unit0, int port0, int *mbps); /* 0: auto */
