@@ -40,7 +40,7 @@ fi
 cat <<TXT
 Agent on udp:127.0.0.1:$port, switch state $SWSIM_STATE
   read:   snmpwalk -v2c -c public -On -m '' 127.0.0.1:$port 1.3.6.1.2.1.1
-  names:  snmpwalk -v2c -c public -M +$top/mib -m +SWITCH-MIB 127.0.0.1:$port 1.3.6.1.4.1.99999
+  names:  snmpwalk -v2c -c public -M +$top/mib:$top/mib/base -m SWITCH-MIB 127.0.0.1:$port 1.3.6.1.4.1.99999
   write:  snmpset -v2c -c private -m '' 127.0.0.1:$port 1.3.6.1.2.1.1.5.0 s core-sw-1
   switch: $build/swctl --state $SWSIM_STATE --help
 Stop with Ctrl-C.
