@@ -6,20 +6,14 @@
 #include "agent/ifindex.hpp"
 #include "scalars/catalogue.hpp"
 #include "swplatform/platform.h"
+#include "swplatform/statistics.hpp"
 #include "tables/catalogue.hpp"
 
 namespace {
 
-// Platform statistic numbers of the bridge counters.
-enum Stat : int {
-    kDelayExceededDiscards = 16,
-    kMtuExceededDiscards = 17,
-    kInFrames = 18,
-    kOutFrames = 19,
-    kInDiscards = 20,
-};
+namespace stat = swp::stat;  // the platform's statistic numbers
 
-uint32_t bridge_counter(int32_t i, Stat stat) { return ifindex_stat_low32(i, stat); }
+uint32_t bridge_counter(int32_t i, int statistic) { return ifindex_stat_low32(i, statistic); }
 
 const uint8_t *no_octets(size_t *len) {
     static const uint8_t none[1] = {0};
@@ -44,8 +38,8 @@ const uint32_t *get_dot1dBasePortCircuit(int32_t, size_t *len) {
     *len = sizeof zero_dot_zero;
     return zero_dot_zero;
 }
-uint32_t get_dot1dBasePortDelayExceededDiscards(int32_t i) { return bridge_counter(i, kDelayExceededDiscards); }
-uint32_t get_dot1dBasePortMtuExceededDiscards(int32_t i) { return bridge_counter(i, kMtuExceededDiscards); }
+uint32_t get_dot1dBasePortDelayExceededDiscards(int32_t i) { return bridge_counter(i, stat::kDelayExceededDiscards); }
+uint32_t get_dot1dBasePortMtuExceededDiscards(int32_t i) { return bridge_counter(i, stat::kMtuExceededDiscards); }
 
 // ---- dot1dTpPortTable -------------------------------------------------------
 
@@ -59,9 +53,9 @@ int32_t get_dot1dTpPortMaxInfo(int32_t i) {
     const int mtu = cfg_get_port_mtu(ifindex_to_unit0(i), ifindex_to_port0(i));
     return mtu >= 0 ? mtu + 22 : 0;
 }
-uint32_t get_dot1dTpPortInFrames(int32_t i) { return bridge_counter(i, kInFrames); }
-uint32_t get_dot1dTpPortOutFrames(int32_t i) { return bridge_counter(i, kOutFrames); }
-uint32_t get_dot1dTpPortInDiscards(int32_t i) { return bridge_counter(i, kInDiscards); }
+uint32_t get_dot1dTpPortInFrames(int32_t i) { return bridge_counter(i, stat::kInFrames); }
+uint32_t get_dot1dTpPortOutFrames(int32_t i) { return bridge_counter(i, stat::kOutFrames); }
+uint32_t get_dot1dTpPortInDiscards(int32_t i) { return bridge_counter(i, stat::kBridgeInDiscards); }
 
 // ---- Scalars ----------------------------------------------------------------
 

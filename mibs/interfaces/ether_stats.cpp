@@ -7,24 +7,25 @@
 // members).
 #include "agent/ifindex.hpp"
 #include "swplatform/platform.h"
+#include "swplatform/statistics.hpp"
 #include "tables/catalogue.hpp"
 
 // The counter columns of dot3StatsTable and the platform statistic each
 // reads.
-#define SA_DOT3_COUNTERS(X)                        \
-    X(dot3StatsAlignmentErrors, 42)                \
-    X(dot3StatsFCSErrors, 43)                      \
-    X(dot3StatsSingleCollisionFrames, 44)          \
-    X(dot3StatsMultipleCollisionFrames, 45)        \
-    X(dot3StatsSQETestErrors, 46)                  \
-    X(dot3StatsDeferredTransmissions, 47)          \
-    X(dot3StatsLateCollisions, 48)                 \
-    X(dot3StatsExcessiveCollisions, 49)            \
-    X(dot3StatsInternalMacTransmitErrors, 50)      \
-    X(dot3StatsCarrierSenseErrors, 51)             \
-    X(dot3StatsFrameTooLongs, 52)                  \
-    X(dot3StatsInternalMacReceiveErrors, 53)       \
-    X(dot3StatsSymbolErrors, 54)
+#define SA_DOT3_COUNTERS(X)                                                 \
+    X(dot3StatsAlignmentErrors, swp::stat::kAlignmentErrors)                \
+    X(dot3StatsFCSErrors, swp::stat::kFcsErrors)                            \
+    X(dot3StatsSingleCollisionFrames, swp::stat::kSingleCollisions)         \
+    X(dot3StatsMultipleCollisionFrames, swp::stat::kMultipleCollisions)     \
+    X(dot3StatsSQETestErrors, swp::stat::kSqeTestErrors)                    \
+    X(dot3StatsDeferredTransmissions, swp::stat::kDeferredTransmissions)    \
+    X(dot3StatsLateCollisions, swp::stat::kLateCollisions)                  \
+    X(dot3StatsExcessiveCollisions, swp::stat::kExcessiveCollisions)        \
+    X(dot3StatsInternalMacTransmitErrors, swp::stat::kInternalMacTxErrors)  \
+    X(dot3StatsCarrierSenseErrors, swp::stat::kCarrierSenseErrors)          \
+    X(dot3StatsFrameTooLongs, swp::stat::kFrameTooLongs)                    \
+    X(dot3StatsInternalMacReceiveErrors, swp::stat::kInternalMacRxErrors)   \
+    X(dot3StatsSymbolErrors, swp::stat::kSymbolErrors)
 
 namespace {
 

@@ -8,6 +8,7 @@
 #include "agent/ifindex.hpp"
 #include "scalars/catalogue.hpp"
 #include "swplatform/platform.h"
+#include "swplatform/statistics.hpp"
 #include "swplatform/records.hpp"
 #include "tables/catalogue.hpp"
 
@@ -15,13 +16,7 @@ namespace {
 
 constexpr int kConfigLock = 2;
 
-// Platform statistic numbers of the interface counters.
-enum Stat : int {
-    kInOctets = 0, kInUcast = 1, kInNUcast = 2, kInDiscards = 3, kInErrors = 4, kInUnknownProtos = 5,
-    kOutOctets = 6, kOutUcast = 7, kOutNUcast = 8, kOutDiscards = 9, kOutErrors = 10, kOutQLen = 11,
-    kHCInOctets = 58, kHCInUcast = 59, kHCInMulticast = 60, kHCInBroadcast = 61,
-    kHCOutOctets = 62, kHCOutUcast = 63, kHCOutMulticast = 64, kHCOutBroadcast = 65,
-};
+using namespace swp::stat;  // the platform's statistic numbers
 
 // The trunk range as the interface texts (and the setters that follow them)
 // test it, one below the conversions' 513 .. 640.
@@ -37,13 +32,9 @@ struct Port {
     explicit Port(int32_t ifindex) : unit0(ifindex_to_unit0(ifindex)), port0(ifindex_to_port0(ifindex)) {}
 };
 
-uint32_t counter32(int32_t i, Stat stat) {
-    if (ifindex_is_vlan(i)) return 0;
-    const Port p(i);
-    return port_stat_low32(p.unit0, p.port0, stat);
-}
+uint32_t counter32(int32_t i, int stat) { return ifindex_stat_low32(i, stat); }
 
-uint64_t counter64(int32_t i, Stat stat) {
+uint64_t counter64(int32_t i, int stat) {
     uint64_t value = 0;
     if (ifindex_is_vlan(i)) return value;
     const Port p(i);
