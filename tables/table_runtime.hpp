@@ -25,7 +25,10 @@ public:
 
     // `refresh` runs the table's population with its createEntry function.
     TableRuntime(const char *name, Refresh refresh)
-        : name_(name), handler_name_(std::string(name) + "_handler"), refresh_(refresh) {}
+        : name_(name),
+          handler_name_(std::string(name) + "_handler"),
+          refresh_name_(std::string(name) + "_refresh"),
+          refresh_(refresh) {}
     TableRuntime(const TableRuntime &) = delete;
     TableRuntime &operator=(const TableRuntime &) = delete;
 
@@ -33,15 +36,18 @@ public:
     void init();
 
     // Row store: add (returns the row, new or existing), remove, find.
-    // Populations run before every request and ask for every row in index
-    // order, so the look at the row after the last one found is kept inline.
+    // Populations run before every request and ask for every row in a fixed
+    // order: index order, or for tables indexed by (port, queue) and the
+    // like, one column of the index after the other.  The row found next is
+    // then the one a fixed step after the last one found, so that step is
+    // looked at first, inline.
     void *create(KeyView key) {
         if (netsnmp_table_row *row = find(key)) return row;
         return add(key);
     }
     void remove(KeyView key);
     netsnmp_table_row *find(KeyView key) {
-        const size_t at = last_ + 1;
+        const size_t at = last_ + step_;
         if (at < rows_.size() && rows_[at].is(key)) [[likely]] {
             last_ = at;
             return rows_[at].row;
@@ -69,6 +75,9 @@ public:
         remove(scratch_);
     }
 
+    // Runs the population unless it has run for this request PDU already.
+    void refresh_once(netsnmp_agent_request_info *reqinfo);
+
     // The request handler, one call per request batch.
     int handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
 
@@ -86,6 +95,7 @@ private:
 
     const char *name_;
     std::string handler_name_;  // "<table>_handler", for trace lines
+    std::string refresh_name_;  // "<table>_refresh": the refresh handler and its mark
     Refresh refresh_;
     const TableDesc *desc_ = nullptr;
     std::vector<const ColumnDesc *> columns_;  // by column number
@@ -94,20 +104,26 @@ private:
     // the row asked for next is usually the one after the last one found:
     // looking there first makes a population of n existing rows cost O(n);
     // other lookups are binary searches.
-    // A row's first index word and key length sit beside it, so that the
-    // common check (a one-word key, the row after the last one) reads no
-    // other memory.
+    // A row's first two index words and its key length sit beside it, so
+    // that the common check (a key of one or two words, the row a step after
+    // the last one) reads no other memory.
     struct Row {
         uint32_t first;
+        uint32_t second;
         uint32_t size;
         netsnmp_table_row *row;
         const RowKey *key;  // the row entry's key
         bool is(KeyView k) const {
-            return size == k.size() && (k.empty() || (first == k[0] && std::equal(k.begin() + 1, k.end(), key->begin() + 1)));
+            if (size != k.size()) return false;
+            if (size == 0) return true;
+            if (first != k[0]) return false;
+            if (size == 1) return true;
+            return second == k[1] && std::equal(k.begin() + 2, k.end(), key->begin() + 2);
         }
     };
     std::vector<Row> rows_;
     size_t last_ = 0;  // position of the row found or added last
+    size_t step_ = 1;  // from the row found before it, when that was ahead
     size_t position(KeyView key) const;  // where the key is or would go
     netsnmp_table_row *search(KeyView key);  // find, by binary search
     void *add(KeyView key);                  // a new row, known to be absent

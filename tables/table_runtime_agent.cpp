@@ -1,11 +1,20 @@
 // The generic table: registration on the table-data helper, the row store and
 // the request handler shared by every catalogued table.
 //
-// Rows hold only their index values.  Before each request batch the table's
-// population runs again under the read lock, adding rows for objects that
-// have appeared; a row whose object has gone is removed when a GET meets it.
-// Column values are read and written live through the accessors, each call
-// under the configuration lock.
+// Rows hold only their index values.  Before the agent serves a request from
+// a table, the table's population runs again under the read lock, adding rows
+// for objects that have appeared; a row whose object has gone is removed when
+// a GET meets it.  Column values are read and written live through the
+// accessors, each call under the configuration lock.
+//
+// The refresh is a handler of its own at the top of the registration's
+// chain, above the table and table-data helpers: those pick the row a
+// request addresses (and the row after it, for GETNEXT), so a row must be in
+// the store before they run for an object that has just appeared to be
+// served by the request that first asks for it.  It runs once per request
+// PDU: net-snmp calls a table's chain once per repetition of a GETBULK, and
+// repeating the population between repetitions of one PDU would find the
+// same switch.
 
 #include "tables/table_runtime.hpp"
 
@@ -21,6 +30,12 @@ namespace {
 int table_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *,
                   netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
     return static_cast<TableRuntime *>(handler->myvoid)->handle(reqinfo, requests);
+}
+
+int refresh_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
+                    netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    static_cast<TableRuntime *>(handler->myvoid)->refresh_once(reqinfo);
+    return netsnmp_call_next_handler(handler, reginfo, reqinfo, requests);
 }
 
 u_char index_asn_type(IndexKind kind) {
@@ -113,9 +128,25 @@ void TableRuntime::init() {
         info->valid_columns = valid_columns();
     }
     data_ = netsnmp_create_table_data(name_);
-    netsnmp_register_table_data(reg, data_, info);
+    if (netsnmp_register_table_data(reg, data_, info) == MIB_REGISTERED_OK) {
+        netsnmp_mib_handler *refresh = netsnmp_create_handler(refresh_name_.c_str(), refresh_handler);
+        if (refresh) {
+            refresh->myvoid = this;
+            netsnmp_inject_handler(reg, refresh);
+        }
+    }
     SA_DEBUG(name_, "Initializing\n");
     refresh_();
+}
+
+void TableRuntime::refresh_once(netsnmp_agent_request_info *reqinfo) {
+    // The mark lives in the request's own data and goes with it.
+    if (reqinfo && netsnmp_agent_get_list_data(reqinfo, refresh_name_.c_str())) return;
+    config_read_lock();
+    refresh_();
+    config_unlock();
+    if (reqinfo)
+        netsnmp_agent_add_list_data(reqinfo, netsnmp_create_data_list(refresh_name_.c_str(), this, nullptr));
 }
 
 size_t TableRuntime::position(KeyView key) const {
@@ -127,6 +158,7 @@ size_t TableRuntime::position(KeyView key) const {
 netsnmp_table_row *TableRuntime::search(KeyView key) {
     const size_t at = position(key);
     if (at == rows_.size() || !rows_[at].is(key)) return nullptr;
+    step_ = at > last_ ? at - last_ : 1;
     last_ = at;
     return rows_[at].row;
 }
@@ -147,7 +179,8 @@ void *TableRuntime::add(KeyView key) {
         return nullptr;
     }
     last_ = position(key);
-    rows_.insert(rows_.begin() + last_, Row{key.empty() ? 0 : key[0], uint32_t(key.size()), row, &entry->key});
+    rows_.insert(rows_.begin() + last_, Row{key.size() > 0 ? key[0] : 0, key.size() > 1 ? key[1] : 0,
+                                            uint32_t(key.size()), row, &entry->key});
     return row;
 }
 
@@ -180,11 +213,6 @@ int TableRuntime::handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_in
     bind();
     if (!desc_) return SNMP_ERR_NOERROR;
     SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "%s handler, mode %d\n", name_, reqinfo->mode);
-
-    config_read_lock();
-    refresh_();
-    config_unlock();
-
     switch (reqinfo->mode) {
     case MODE_GET: handle_get(reqinfo, requests); break;
     case MODE_SET_RESERVE1: handle_reserve1(reqinfo, requests); break;

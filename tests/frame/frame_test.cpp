@@ -178,6 +178,7 @@ class Batch {
 public:
     explicit Batch(int mode) { reqinfo_.mode = mode; }
     ~Batch() {
+        netsnmp_free_all_list_data(reqinfo_.agent_data);
         for (netsnmp_request_info *r : requests_) {
             netsnmp_free_request_data_sets(r);
             snmp_free_varbind(r->requestvb);
@@ -382,11 +383,30 @@ TEST_F(Tables, PopulationListsPresentPortsAndTrunks) {
     for (int t = 0; t < 128; ++t)
         if (sw_->trunk(t).configured && !sw_->trunk(t).members.empty()) expected.insert(513 + t);
     ASSERT_FALSE(expected.empty());
-    Batch b(MODE_SET_RESERVE2);  // any batch refreshes the rows first
-    b.add_table(2, 1, 0, nullptr);
-    table("portTable").handle(b.info(), b.head());
+    Batch b(MODE_GET);
+    table("portTable").refresh_once(b.info());
     EXPECT_EQ(table("portTable").row_count(), expected.size());
     for (int32_t i : expected) EXPECT_NE(row("portTable", i), nullptr) << i;
+}
+
+// The population runs once per request PDU, however often the agent calls the
+// table's chain for it (once per GETBULK repetition), and again for the next.
+TEST_F(Tables, RefreshRunsOncePerRequest) {
+    auto populations = [&] {
+        const auto c = calls();
+        return std::count_if(c.begin(), c.end(), [](const std::string &call) {
+            return call.rfind("cfg_check_trunk(0)", 0) == 0;
+        });
+    };
+    Batch first(MODE_GET);
+    table("portTable").refresh_once(first.info());
+    table("portTable").refresh_once(first.info());
+    EXPECT_EQ(populations(), 1);
+    table("dot1dBasePortTable").refresh_once(first.info());
+    EXPECT_EQ(populations(), 2) << "each table keeps its own mark";
+    Batch next(MODE_GET);
+    table("portTable").refresh_once(next.info());
+    EXPECT_EQ(populations(), 3);
 }
 
 TEST_F(Tables, ReadOnlyColumnStopsTheCheckOfTheBatch) {
@@ -439,9 +459,8 @@ TEST_F(Tables, ActionWritesThroughTheSetterEvenWithoutARow) {
 }
 
 TEST_F(Tables, RowsOfAVanishedUnitGoWhenRead) {
-    Batch refresh(MODE_SET_RESERVE2);
-    refresh.add_table(1, 1, 0, nullptr);
-    table("dot1dBasePortTable").handle(refresh.info(), refresh.head());
+    auto refresh = [] { table("dot1dBasePortTable").refresh_once(Batch(MODE_GET).info()); };
+    refresh();
     ASSERT_NE(row("dot1dBasePortTable", 65), nullptr);
     ASSERT_NE(row("dot1dBasePortTable", 66), nullptr);
 
@@ -457,7 +476,7 @@ TEST_F(Tables, RowsOfAVanishedUnitGoWhenRead) {
     EXPECT_EQ(*b.at(1)->requestvb->val.integer, 1);
 
     sw_->set_unit_present(1, true);
-    table("dot1dBasePortTable").handle(refresh.info(), refresh.head());
+    refresh();
     EXPECT_NE(row("dot1dBasePortTable", 65), nullptr);
 }
 
