@@ -74,9 +74,7 @@ int cfg_port_is_error_blocked(const View &v, int unit0, int port0) {
 int cfg_trunk_count_link_up(const View &v, int trunk0) {
     if (!trunk_configured(v, trunk0)) return -1;
     int up = 0;
-    for (int u = 0; u < SW_MAX_UNITS; ++u)
-        for (int p = 0; p < SW_PORTS_PER_UNIT; ++p)
-            if (model::trunk_has(v, trunk0, u, p) && v.status->units[u].ports[p].link) ++up;
+    model::for_each_trunk_member(v, trunk0, [&](int u, int p) { up += v.status->units[u].ports[p].link != 0; });
     return up;
 }
 

@@ -166,26 +166,6 @@ void hash16(const void *data, std::size_t n, uint8_t out[16]) {
 
 }  // namespace
 
-// ---- addressing ---------------------------------------------------------------------
-
-bool port_exists(const View &v, int unit0, int port0) {
-    return unit_in_range(unit0) && port0 >= 0 &&
-           uint32_t(port0) < std::min<uint32_t>(v.status->units[unit0].user_ports, SW_PORTS_PER_UNIT);
-}
-
-int phys_of(const View &v, int unit0, int port0) {
-    return port_exists(v, unit0, port0) ? phys_index(unit0, port0) : -1;
-}
-
-int iface_of(const View &v, int unit0, int port0) {
-    if (unit0 == 0 && port0 >= kTrunkPortBase) {
-        int trunk0 = port0 - kTrunkPortBase;
-        if (!trunk_in_range(trunk0) || !v.cfg->trunks[trunk0].configured) return -1;
-        return kPhysPorts + trunk0;
-    }
-    return phys_of(v, unit0, port0);
-}
-
 // ---- trunks -------------------------------------------------------------------------
 
 bool trunk_has(const View &v, int trunk0, int unit0, int port0) {
@@ -208,9 +188,7 @@ bool trunk_empty(const View &v, int trunk0) {
 
 std::vector<std::pair<int, int>> trunk_members(const View &v, int trunk0) {
     std::vector<std::pair<int, int>> out;
-    for (int u = 0; u < SW_MAX_UNITS; ++u)
-        for (int p = 0; p < SW_PORTS_PER_UNIT; ++p)
-            if (trunk_has(v, trunk0, u, p)) out.emplace_back(u, p);
+    for_each_trunk_member(v, trunk0, [&](int u, int p) { out.emplace_back(u, p); });
     return out;
 }
 
@@ -284,17 +262,15 @@ sw_port_info_t port_info(const View &v, int iface) {
     // An aggregate is up while any member is; its bandwidth is theirs together.
     const int trunk0 = iface - kPhysPorts;
     info.duplex = 1;
-    for (int u = 0; u < SW_MAX_UNITS; ++u)
-        for (int p = 0; p < SW_PORTS_PER_UNIT; ++p) {
-            if (!trunk_has(v, trunk0, u, p)) continue;
-            const sw_port_status_t &st = v.status->units[u].ports[p];
-            if (!st.link) continue;
-            info.link = 1;
-            info.speed += st.speed;
-            info.duplex &= st.duplex;
-            info.rx_pause |= st.rx_pause;
-            info.tx_pause |= st.tx_pause;
-        }
+    for_each_trunk_member(v, trunk0, [&](int u, int p) {
+        const sw_port_status_t &st = v.status->units[u].ports[p];
+        if (!st.link) return;
+        info.link = 1;
+        info.speed += st.speed;
+        info.duplex &= st.duplex;
+        info.rx_pause |= st.rx_pause;
+        info.tx_pause |= st.tx_pause;
+    });
     if (!info.link) info.duplex = 0;
     return info;
 }
@@ -304,10 +280,8 @@ sw_port_info_t port_info(const View &v, int iface) {
 uint64_t counter(const View &v, int iface, int stat) {
     if (!is_trunk_iface(iface)) return read_counter(v.stats->ports[iface], stat);
     uint64_t total = 0;
-    const int trunk0 = iface - kPhysPorts;
-    for (int u = 0; u < SW_MAX_UNITS; ++u)
-        for (int p = 0; p < SW_PORTS_PER_UNIT; ++p)
-            if (trunk_has(v, trunk0, u, p)) total += read_counter(v.stats->ports[phys_index(u, p)], stat);
+    for_each_trunk_member(v, iface - kPhysPorts,
+                          [&](int u, int p) { total += read_counter(v.stats->ports[phys_index(u, p)], stat); });
     return total;
 }
 

@@ -7,6 +7,8 @@
 // a scenario makes; they throw Error with a message in human numbering.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -27,17 +29,41 @@ inline bool vid_in_range(int vid) { return vid >= 1 && vid <= SW_MAX_VLAN_ID; }
 inline int phys_index(int unit0, int port0) { return unit0 * SW_PORTS_PER_UNIT + port0; }
 inline bool is_trunk_iface(int iface) { return iface >= kPhysPorts; }
 
+// Addressing, inline: nearly every platform call starts here.
 // A physical port of a unit that belongs to the stack.
-bool port_exists(const View &v, int unit0, int port0);
+inline bool port_exists(const View &v, int unit0, int port0) {
+    return unit_in_range(unit0) && port0 >= 0 &&
+           uint32_t(port0) < std::min<uint32_t>(v.status->units[unit0].user_ports, SW_PORTS_PER_UNIT);
+}
+// Like iface_of, but physical ports only.
+inline int phys_of(const View &v, int unit0, int port0) {
+    return port_exists(v, unit0, port0) ? phys_index(unit0, port0) : -1;
+}
 // Interface index of a port or of a configured trunk (unit0 0, port0
 // 512 + trunk0); -1 when the address names neither.
-int iface_of(const View &v, int unit0, int port0);
-// Like iface_of, but physical ports only.
-int phys_of(const View &v, int unit0, int port0);
+inline int iface_of(const View &v, int unit0, int port0) {
+    if (unit0 == 0 && port0 >= kTrunkPortBase) {
+        int trunk0 = port0 - kTrunkPortBase;
+        if (!trunk_in_range(trunk0) || !v.cfg->trunks[trunk0].configured) return -1;
+        return kPhysPorts + trunk0;
+    }
+    return phys_of(v, unit0, port0);
+}
 
 // ---- trunks (member bitmaps in the image are the truth) ----------------------
 
 bool trunk_has(const View &v, int trunk0, int unit0, int port0);
+// Calls fn(unit0, port0) for each member of a trunk, in port order, reading
+// the member bitmap a word at a time.
+template <class Fn>
+void for_each_trunk_member(const View &v, int trunk0, Fn fn) {
+    namespace img = swp::cfg_image;
+    for (int u = 0; u < SW_MAX_UNITS; ++u)
+        for (int w = 0; w < int(img::kTrunkMemberWordsPerUnit); ++w)
+            for (uint32_t bits = swp::load_be32(v.image + img::trunk_member_word_offset(trunk0, u, w * 32)); bits;
+                 bits &= bits - 1)
+                fn(u, w * 32 + std::countr_zero(bits));
+}
 int trunk_of_port(const View &v, int unit0, int port0);  // -1: none
 bool trunk_empty(const View &v, int trunk0);
 std::vector<std::pair<int, int>> trunk_members(const View &v, int trunk0);

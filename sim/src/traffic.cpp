@@ -118,8 +118,8 @@ void check_fitted(const View &v, int unit0, int port0) {
 uint64_t queue_counter(const View &v, int iface, int kind, int q) {
     if (!model::is_trunk_iface(iface)) return phys_queue_counter(v, iface, kind, q);
     uint64_t total = 0;
-    for (auto [u, p] : model::trunk_members(v, iface - model::kPhysPorts))
-        total += phys_queue_counter(v, model::phys_index(u, p), kind, q);
+    model::for_each_trunk_member(v, iface - model::kPhysPorts,
+                                 [&](int u, int p) { total += phys_queue_counter(v, model::phys_index(u, p), kind, q); });
     return total;
 }
 
