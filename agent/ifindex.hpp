@@ -44,13 +44,23 @@ int ifindex_row_exists(int32_t ifindex, void (*remove)(int32_t));
 // Whether unit0 (0 .. 7) is in the stack now.
 bool ifindex_unit_present(int unit0);
 
+// How often a walk over the ports asks a unit's port count: before every
+// port (the row populations, which see a unit shrink at once), or once per
+// unit (walks repeated many times in one request, such as one per trunk).
+enum class PortCount { before_every_port, once_per_unit };
+
 // Calls visit(unit0, port0) for every port of every present unit, units and
-// ports ascending (the port count is asked again before every port).
+// ports ascending.
 template <class Visit>
-void ifindex_for_each_port(Visit &&visit) {
+void ifindex_for_each_port(Visit &&visit, PortCount asked = PortCount::before_every_port) {
     for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
         if (!ifindex_unit_present(unit0)) continue;
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0) visit(unit0, port0);
+        if (asked == PortCount::once_per_unit) {
+            const int ports = cfg_equip_get_user_eth_ports(unit0);
+            for (int port0 = 0; port0 < ports; ++port0) visit(unit0, port0);
+        } else {
+            for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0) visit(unit0, port0);
+        }
     }
 }
 

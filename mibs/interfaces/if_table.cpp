@@ -292,10 +292,12 @@ uint32_t get_ifCounterDiscontinuityTime(int32_t) { return 0; }
 int init_index_ifStackTable(void *(*create)(int32_t, int32_t)) {
     for (int trunk0 = 0; trunk0 < SW_MAX_TRUNKS; ++trunk0) {
         if (!yes(cfg_check_trunk(trunk0))) continue;
-        ifindex_for_each_port([&](int unit0, int port0) {
-            if (yes(cfg_check_port_tid(unit0, port0, trunk0)))
-                create(trunk_to_ifindex(trunk0), port_to_ifindex(unit0, port0));
-        });
+        ifindex_for_each_port(
+            [&](int unit0, int port0) {
+                if (yes(cfg_check_port_tid(unit0, port0, trunk0)))
+                    create(trunk_to_ifindex(trunk0), port_to_ifindex(unit0, port0));
+            },
+            PortCount::once_per_unit);
     }
     if (yes(cfg_vlan_exists(1))) add_vlan_layer(create, 1);
 

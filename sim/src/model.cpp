@@ -168,10 +168,6 @@ void hash16(const void *data, std::size_t n, uint8_t out[16]) {
 
 // ---- trunks -------------------------------------------------------------------------
 
-bool trunk_has(const View &v, int trunk0, int unit0, int port0) {
-    return swp::cfg_image::trunk_has_member(v.image, trunk0, unit0, port0);
-}
-
 int trunk_of_port(const View &v, int unit0, int port0) {
     for (int t = 0; t < SW_MAX_TRUNKS; ++t)
         if (v.cfg->trunks[t].configured && trunk_has(v, t, unit0, port0)) return t;

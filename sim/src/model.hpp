@@ -52,7 +52,9 @@ inline int iface_of(const View &v, int unit0, int port0) {
 
 // ---- trunks (member bitmaps in the image are the truth) ----------------------
 
-bool trunk_has(const View &v, int trunk0, int unit0, int port0);
+inline bool trunk_has(const View &v, int trunk0, int unit0, int port0) {
+    return swp::cfg_image::trunk_has_member(v.image, trunk0, unit0, port0);
+}
 // Calls fn(unit0, port0) for each member of a trunk, in port order, reading
 // the member bitmap a word at a time.
 template <class Fn>
