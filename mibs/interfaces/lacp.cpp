@@ -259,10 +259,21 @@ int32_t get_dot3adAggPortDebugMuxState(int32_t i) {
     if (lacp_of(i).actor_state & SW_LACP_DISTRIBUTING) return 6;
     return aggregator_of(i) != 0 ? 2 : 1;
 }
+// Why the mux is where it is: its own state when the port is in an
+// aggregate, else what keeps it out (the receive machine's state).
 const uint8_t *get_dot3adAggPortDebugMuxReason(int32_t i, size_t *len) {
-    static const char *const reasons[] = {"", "Selected, waiting for synchronization", "", "No partner heard", "", "LACP is off",
-                                          "Link is down"};
-    const char *text = get_dot3adAggPortDebugMuxState(i) == 6 ? "Collecting and distributing" : reasons[port_phase(i)];
+    const char *text = "";
+    switch (get_dot3adAggPortDebugMuxState(i)) {
+    case 6: text = "Collecting and distributing"; break;
+    case 2: text = "Selected, waiting for synchronization"; break;
+    default:
+        switch (port_phase(i)) {
+        case kCurrent: text = "Partner heard, not aggregating"; break;
+        case kDefaulted: text = "No partner heard"; break;
+        case kLacpDisabled: text = "LACP is off"; break;
+        case kPortDisabled: text = "Link is down"; break;
+        }
+    }
     *len = std::strlen(text);
     return reinterpret_cast<const uint8_t *>(text);
 }
