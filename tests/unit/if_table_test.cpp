@@ -68,13 +68,8 @@ TEST_F(IfTableTest, SpeedsOfPortsAndTrunks) {
 }
 
 TEST_F(IfTableTest, TypesFollowTheTextTrunkRange) {
-    EXPECT_EQ(get_ifType(1), 6);
-    EXPECT_EQ(get_ifType(511), 6);
-    EXPECT_EQ(get_ifType(512), 161);
-    EXPECT_EQ(get_ifType(639), 161);
-    EXPECT_EQ(get_ifType(640), 6);
-    EXPECT_EQ(get_ifType(1001), 135);
-    EXPECT_EQ(get_ifType(5094), 135);
+    const std::pair<int32_t, int32_t> types[] = {{1, 6}, {511, 6}, {512, 161}, {639, 161}, {640, 6}, {1001, 135}, {5094, 135}};
+    for (auto [index, type] : types) EXPECT_EQ(get_ifType(index), type) << index;
 }
 
 TEST_F(IfTableTest, CountersKeepTheirWidth) {
@@ -93,9 +88,7 @@ TEST_F(IfTableTest, CountersKeepTheirWidth) {
     EXPECT_EQ(get_ifHCInMulticastPkts(10), big + 1);
     EXPECT_EQ(get_ifOutBroadcastPkts(10), 7u);
     EXPECT_EQ(get_ifHCOutBroadcastPkts(10), big + 2);
-    // A trunk counts its members; a VLAN interface has no counters and
-    // asks the platform nothing.
-    EXPECT_EQ(get_ifHCInOctets(513), sw().counter(0, 512, 0));
+    // A VLAN interface has no counters and asks the platform nothing.
     EXPECT_TRUE(calls_of([] {
                     EXPECT_EQ(get_ifInOctets(1030), 0u);
                     EXPECT_EQ(get_ifHCInOctets(1030), 0u);

@@ -86,8 +86,7 @@ protected:
     std::string scenario() const override {
         return R"({"system": {"base_mac": "02:00:5e:10:00:00"}, "units": [{"ports": 28}],
                    "trunks": [{"id": 1, "members": ["1/20", "1/21"]}],
-                   "ports": [{"select": ["1/1-10", "1/20-21"], "link": true, "peer_speed": 1000},
-                             {"select": "1/9", "half_duplex": true, "peer_speed": 100}],
+                   "ports": [{"select": ["1/1-10", "1/20-21"], "link": true, "peer_speed": 1000}],
                    "stp": {"topology_changes": 300}})";
     }
     static constexpr int32_t kTrunk1 = 513;
@@ -234,10 +233,6 @@ TEST_F(StpTest, EnableAndEdgeWritesMapTwoToZero) {
 
     EXPECT_EQ(passed(set_staPortAdminEdgePort, 2, "cfg_set_stp_port_edge"), "0,3,0");
     EXPECT_EQ(get_staPortAdminEdgePort(4), 2);
-    EXPECT_EQ(set_staPortAdminEdgePort(4, 1), 0);
-    EXPECT_EQ(get_staPortAdminEdgePort(4), 1);
-    EXPECT_EQ(passed(set_staPortAdminPointToPoint, SW_STP_LINK_P2P, "cfg_set_stp_port_linktype"), "0,3,1");
-    EXPECT_EQ(get_staPortAdminPointToPoint(4), SW_STP_LINK_P2P);
 }
 
 }  // namespace
