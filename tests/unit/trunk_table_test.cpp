@@ -97,8 +97,9 @@ TEST_F(TrunkTableTest, WriteWalksSevenBitsOfThirtyTwoOctetsPerUnit) {
     want = {{0, 15}, {1, 1}};
     EXPECT_EQ(members(8), want);
 
-    // Octets beyond the length remove this trunk's ports only.
-    EXPECT_EQ(write(9, {0x00}), 0);
+    // Clear bits ask every port to leave; octets beyond the length ask this
+    // trunk's ports only (1/1..1/7 and 2/2).
+    EXPECT_EQ(count_calls("cfg_remove_port_from_trunk", [] { EXPECT_EQ(write(9, {0x00}), 0); }), 8u);
     EXPECT_EQ(members(8), (std::vector<std::pair<int, int>>{{0, 15}}));
     EXPECT_EQ(members(0), (std::vector<std::pair<int, int>>{{0, 0}, {0, 1}}));
     EXPECT_EQ(members(3), (std::vector<std::pair<int, int>>{{1, 0}}));

@@ -298,7 +298,7 @@ TEST_F(TrafficClassTest, UserPortsAreNumberedAcrossPresentUnits) {
     EXPECT_EQ(keys[8 * 56], "517.0");
     EXPECT_EQ(keys.back(), "517.7");
 
-    // Only trunk rows are checked; 512 as trunk 511.
+    // Only rows in the trunk range 512 .. 639 are checked.
     EXPECT_EQ(exists_entry_dot1dTrafficClassTable(300, 3), 1);
     EXPECT_EQ(exists_entry_dot1dTrafficClassTable(517, 3), 1);
     EXPECT_EQ(exists_entry_dot1dTrafficClassTable(518, 3), 0);
