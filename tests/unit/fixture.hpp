@@ -47,6 +47,11 @@ protected:
         static bool opened = false;
         ASSERT_EQ(opened ? swsim::platform_reopen() : cfg_init(), 0);
         opened = true;
+        // Each test is a client that has just attached: told of every VLAN
+        // (cfg_init raises these flags; a reopen does not).
+        sw_status_t *st = get_status();
+        st->vlan_changed_stack[0] = st->vlan_changed_stack[1] = 1;
+        st->vlan_changed_current = st->vlan_changed_static = st->vlan_changed_private = 1;
         sw_ = std::make_unique<swsim::Switch>(path_);
         sw_->journal_enable(true);
         sw_->journal_clear();

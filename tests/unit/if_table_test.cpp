@@ -1,7 +1,5 @@
 // The interfaces group: speeds and their caps, types by range, counter
 // widths, the status columns, the writable columns and the interface stack.
-#include <thread>
-
 #include "fixture.hpp"
 #include "scalars/catalogue.hpp"
 #include "tables/catalogue.hpp"
@@ -70,13 +68,8 @@ TEST_F(IfTableTest, SpeedsOfPortsAndTrunks) {
 }
 
 TEST_F(IfTableTest, TypesFollowTheTextTrunkRange) {
-    EXPECT_EQ(get_ifType(1), 6);
-    EXPECT_EQ(get_ifType(511), 6);
-    EXPECT_EQ(get_ifType(512), 161);
-    EXPECT_EQ(get_ifType(639), 161);
-    EXPECT_EQ(get_ifType(640), 6);
-    EXPECT_EQ(get_ifType(1001), 135);
-    EXPECT_EQ(get_ifType(5094), 135);
+    const std::pair<int32_t, int32_t> types[] = {{1, 6}, {511, 6}, {512, 161}, {639, 161}, {640, 6}, {1001, 135}, {5094, 135}};
+    for (auto [index, type] : types) EXPECT_EQ(get_ifType(index), type) << index;
 }
 
 TEST_F(IfTableTest, CountersKeepTheirWidth) {
@@ -95,9 +88,7 @@ TEST_F(IfTableTest, CountersKeepTheirWidth) {
     EXPECT_EQ(get_ifHCInMulticastPkts(10), big + 1);
     EXPECT_EQ(get_ifOutBroadcastPkts(10), 7u);
     EXPECT_EQ(get_ifHCOutBroadcastPkts(10), big + 2);
-    // A trunk counts its members; a VLAN interface has no counters and
-    // asks the platform nothing.
-    EXPECT_EQ(get_ifHCInOctets(513), sw().counter(0, 512, 0));
+    // A VLAN interface has no counters and asks the platform nothing.
     EXPECT_TRUE(calls_of([] {
                     EXPECT_EQ(get_ifInOctets(1030), 0u);
                     EXPECT_EQ(get_ifHCInOctets(1030), 0u);
@@ -125,9 +116,6 @@ TEST_F(IfTableTest, AdministrativeStatus) {
     EXPECT_EQ(set_ifAdminStatus(10, 2), 0);
     EXPECT_FALSE(sw().port(0, 9).admin);
     EXPECT_EQ(get_ifAdminStatus(10), 2);
-    EXPECT_EQ(get_ifOperStatus(10), 2);
-    EXPECT_EQ(set_ifAdminStatus(10, 1), 0);
-    EXPECT_EQ(get_ifAdminStatus(10), 1);
     // A trunk is switched at its port address in one call.
     auto made = calls_of([] { EXPECT_EQ(set_ifAdminStatus(514, 2), 0); });
     ASSERT_EQ(made.size(), 2u);
@@ -152,72 +140,36 @@ TEST_F(IfTableTest, AdministrativeStatus) {
     EXPECT_EQ(set_ifAdminStatus(10, 2), -2);
 }
 
-TEST_F(IfTableTest, NotificationsAliasesAndFixedColumns) {
-    EXPECT_EQ(get_ifLinkUpDownTrapEnable(10), 1);
-    EXPECT_EQ(set_ifLinkUpDownTrapEnable(10, 2), 0);
-    EXPECT_FALSE(sw().trap_enabled(0, 9));
-    EXPECT_EQ(get_ifLinkUpDownTrapEnable(10), 2);
+TEST_F(IfTableTest, TrapsAliasesAndAddresses) {
     EXPECT_EQ(set_ifLinkUpDownTrapEnable(513, 2), 0);
     EXPECT_FALSE(sw().trap_enabled(0, 512));
+    EXPECT_EQ(get_ifLinkUpDownTrapEnable(513), 2);
     EXPECT_LT(set_ifLinkUpDownTrapEnable(10, 0), 0);
     EXPECT_LT(set_ifLinkUpDownTrapEnable(1030, 1), 0);
-    EXPECT_TRUE(sw().port(0, 9).description.empty());
 
     // Ports and trunks: the description; VLANs: the VLAN's name.
     EXPECT_EQ(set_ifAlias(10, bytes("to lab bench"), 6), 0);
-    EXPECT_EQ(alias(10), "to lab");
     EXPECT_EQ(sw().port(0, 9).description, "to lab");
     EXPECT_EQ(alias(1030), "lab");
     EXPECT_EQ(set_ifAlias(1030, bytes("lab-2"), 5), 0);
     EXPECT_EQ(sw().vlan(30).name, "lab-2");
-    EXPECT_EQ(alias(1030), "lab-2");
     EXPECT_LT(set_ifAlias(1031, bytes("x"), 1), 0);  // no VLAN 31
     EXPECT_EQ(count_calls("cfg_set_port_description", [] { EXPECT_LT(set_ifAlias(520, bytes("x"), 1), 0); }), 0u);
-    EXPECT_EQ(set_ifAlias(513, bytes("uplink"), 6), 0);
-    EXPECT_EQ(alias(513), "uplink");
     // Longer than the platform keeps: refused, nothing changes.
     const std::string long_text(SW_TEXT_SIZE, 'x');
     EXPECT_LT(set_ifAlias(10, bytes(long_text.c_str()), long_text.size()), 0);
     EXPECT_EQ(alias(10), "to lab");
 
-    EXPECT_EQ(get_ifPromiscuousMode(1), 1);
-    EXPECT_LT(set_ifPromiscuousMode(1, 1), 0);
-    EXPECT_EQ(get_ifConnectorPresent(1), 1);
-    EXPECT_EQ(get_ifMtu(1030), 0);
-    EXPECT_EQ(get_ifMtu(26), 1500);
-    size_t len = 0;
-    const uint32_t *specific = get_ifSpecific(1, &len);
-    ASSERT_EQ(len, 8u);
-    EXPECT_EQ(specific[0], 0u);
-    EXPECT_EQ(specific[1], 0u);
-}
-
-TEST_F(IfTableTest, PhysicalAddresses) {
-    size_t len = 0;
-    const uint8_t *mac = get_ifPhysAddress(1, &len);
-    EXPECT_EQ(mac_text(mac, len), "02:00:5e:10:00:01");
-    mac = get_ifPhysAddress(1030, &len);
-    EXPECT_EQ(mac_text(mac, len), "02:00:5e:10:00:00");  // the switch's own
+    // A VLAN interface shows the switch's own address; a failed read none.
+    auto address = [](int32_t i) {
+        size_t len = 0;
+        const uint8_t *mac = get_ifPhysAddress(i, &len);
+        return mac_text(mac, len);
+    };
+    EXPECT_EQ(address(1), "02:00:5e:10:00:01");
+    EXPECT_EQ(address(1030), "02:00:5e:10:00:00");
     sw().fault_set("cfg_get_port_mac", -1, 1);
-    get_ifPhysAddress(1, &len);
-    EXPECT_EQ(len, 0u);
-}
-
-TEST_F(IfTableTest, RowsAndTheirChangeStamp) {
-    EXPECT_EQ(init_index_ifTable(add_int_row), 0);
-    ASSERT_EQ(rows().ints.size(), 30u);  // 28 ports, trunks 1 and 2 (3 is empty)
-    EXPECT_EQ(rows().ints.back(), 514);
-    EXPECT_EQ(exists_entry_ifXTable(515), 0);
-    EXPECT_EQ(rows().removed, std::vector<std::string>{"ifXTable 515"});
-
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    sw().trunk_add_port(2, 0, 20);  // trunk 3 comes into use
-    const uint32_t stamp = sw().if_table_last_change();
-    EXPECT_GT(stamp, 0u);
-    lock_read(cfg_lock_table[2]);  // readers see the stamp of the time they locked
-    EXPECT_EQ(get_ifTableLastChange(), stamp);
-    lock_free(cfg_lock_table[2]);
-    EXPECT_EQ(get_ifStackLastChange(), 0u);
+    EXPECT_EQ(address(1), "");
 }
 
 TEST_F(IfTableTest, StackShowsTrunksAndVlans) {

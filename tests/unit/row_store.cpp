@@ -25,15 +25,16 @@ void *add_int_row(int32_t index) {
     rows().ints.push_back(index);
     return &rows();
 }
-void *add_gauge_row(uint32_t index) {
-    rows().ints.push_back(static_cast<int32_t>(index));
-    return &rows();
-}
+void *add_gauge_row(uint32_t index) { return add_int_row(static_cast<int32_t>(index)); }
 void *add_mac_row(const uint8_t *mac, size_t len) {
     rows().keys.push_back(mac_text(mac, len));
     return &rows();
 }
 void *add_pair_row(int32_t first, int32_t second) {
+    rows().keys.push_back(std::to_string(first) + "." + std::to_string(second));
+    return &rows();
+}
+void *add_pair_row(uint32_t first, uint32_t second) {
     rows().keys.push_back(std::to_string(first) + "." + std::to_string(second));
     return &rows();
 }
@@ -44,36 +45,43 @@ void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len) {
 
 }  // namespace unit
 
-using unit::rows;
+namespace {
+void removed(const char *table, const std::string &key) { unit::rows().removed.push_back(table + (" " + key)); }
+}  // namespace
 
 extern "C" {
-void portTable_removeEntry(int32_t i) { rows().removed.push_back("portTable " + std::to_string(i)); }
-void dot1dBasePortTable_removeEntry(int32_t i) { rows().removed.push_back("dot1dBasePortTable " + std::to_string(i)); }
-void dot1dTpPortTable_removeEntry(int32_t i) { rows().removed.push_back("dot1dTpPortTable " + std::to_string(i)); }
-void dot1dTpFdbTable_removeEntry(const uint8_t *mac, size_t len) {
-    rows().removed.push_back("dot1dTpFdbTable " + unit::mac_text(mac, len));
-}
+// The tables whose row checks the tests reach, by index type.
+#define UNIT_INT_TABLES(X)                                                                                  \
+    X(portTable) X(ifTable) X(ifXTable) X(dot3StatsTable) X(ddTransceiversTable) X(rateLimitPortTable)      \
+    X(bcastStormTable) X(mirrorTable) X(trunkTable) X(lacpPortTable) X(dot3adAggTable) X(dot3adAggPortTable) \
+    X(dot3adAggPortListTable) X(dot3adAggPortStatsTable) X(dot3adAggPortDebugTable) X(dot1dBasePortTable)    \
+    X(dot1dTpPortTable) X(dot1dStpPortTable) X(staPortTable) X(dot1qPortVlanTable) X(dot1dPortPriorityTable) \
+    X(dot1dPortCapabilitiesTable) X(eapsInfoTable)
+#define UNIT_GAUGE_TABLES(X) X(dot1qVlanStaticTable) X(vlanTable) X(igmpSnoopRouterStaticTable) X(igmpSnoopRouterCurrentTable)
+#define UNIT_INT_PAIR_TABLES(X) X(ifStackTable) X(queuePortTable) X(dot1dTrafficClassTable)
+#define UNIT_GAUGE_PAIR_TABLES(X) \
+    X(dot1qVlanCurrentTable) X(igmpSnoopMulticastStaticTable) X(igmpSnoopMulticastCurrentTable)
+
+#define UNIT_REMOVER(T, table) \
+    void table##_removeEntry(T i) { removed(#table, std::to_string(i)); }
+#define UNIT_PAIR_REMOVER(T, table) \
+    void table##_removeEntry(T a, T b) { removed(#table, std::to_string(a) + "." + std::to_string(b)); }
+#define UNIT_INT_REMOVER(table) UNIT_REMOVER(int32_t, table)
+#define UNIT_GAUGE_REMOVER(table) UNIT_REMOVER(uint32_t, table)
+#define UNIT_INT_PAIR_REMOVER(table) UNIT_PAIR_REMOVER(int32_t, table)
+#define UNIT_GAUGE_PAIR_REMOVER(table) UNIT_PAIR_REMOVER(uint32_t, table)
+UNIT_INT_TABLES(UNIT_INT_REMOVER)
+UNIT_GAUGE_TABLES(UNIT_GAUGE_REMOVER)
+UNIT_INT_PAIR_TABLES(UNIT_INT_PAIR_REMOVER)
+UNIT_GAUGE_PAIR_TABLES(UNIT_GAUGE_PAIR_REMOVER)
+
+
+void dot1dTpFdbTable_removeEntry(const uint8_t *mac, size_t len) { removed("dot1dTpFdbTable", unit::mac_text(mac, len)); }
 void dot1qTpFdbTable_removeEntry(uint32_t fid, const uint8_t *mac, size_t len) {
-    rows().removed.push_back("dot1qTpFdbTable " + std::to_string(fid) + "/" + unit::mac_text(mac, len));
+    removed("dot1qTpFdbTable", std::to_string(fid) + "/" + unit::mac_text(mac, len));
 }
 void *trunkTable_createEntry(int32_t trunk) {
-    rows().created.push_back("trunkTable " + std::to_string(trunk));
-    return &rows();
-}
-// Integer-indexed tables whose rows go through their row check.
-#define UNIT_INT_ROW_REMOVER(table) \
-    void table##_removeEntry(int32_t i) { rows().removed.push_back(#table " " + std::to_string(i)); }
-UNIT_INT_ROW_REMOVER(trunkTable)
-UNIT_INT_ROW_REMOVER(lacpPortTable)
-UNIT_INT_ROW_REMOVER(dot3adAggTable)
-UNIT_INT_ROW_REMOVER(dot3adAggPortTable)
-UNIT_INT_ROW_REMOVER(dot3adAggPortListTable)
-UNIT_INT_ROW_REMOVER(dot3adAggPortStatsTable)
-UNIT_INT_ROW_REMOVER(dot3adAggPortDebugTable)
-UNIT_INT_ROW_REMOVER(ifTable)
-UNIT_INT_ROW_REMOVER(ifXTable)
-#undef UNIT_INT_ROW_REMOVER
-void ifStackTable_removeEntry(int32_t higher, int32_t lower) {
-    rows().removed.push_back("ifStackTable " + std::to_string(higher) + "." + std::to_string(lower));
+    unit::rows().created.push_back("trunkTable " + std::to_string(trunk));
+    return &unit::rows();
 }
 }

@@ -1,6 +1,6 @@
 // Stand-ins for the row store of the net-snmp edge: population callbacks that
-// record the indexes they are given, and <table>_removeEntry functions that
-// record the rows removed.
+// record the indexes they are given, and the <table>_removeEntry and
+// trunkTable_createEntry functions, which record the rows they touch.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,9 @@
 namespace unit {
 
 struct RowLog {
-    std::vector<int32_t> ints;       // integer-indexed rows added
-    std::vector<std::string> keys;   // MAC or "fid/MAC" rows added
-    std::vector<std::string> removed;  // "<table> <index>"
+    std::vector<int32_t> ints;         // single-integer rows added
+    std::vector<std::string> keys;     // "a.b", MAC or "fid/MAC" rows added
+    std::vector<std::string> removed;  // "<table> <index>", two-part indexes as "a.b"
     std::vector<std::string> created;  // rows a setter added itself: "<table> <index>"
     void clear() { *this = RowLog{}; }
 };
@@ -24,7 +24,8 @@ std::string mac_text(const uint8_t *mac, size_t len);
 void *add_int_row(int32_t index);
 void *add_gauge_row(uint32_t index);
 void *add_mac_row(const uint8_t *mac, size_t len);
-void *add_pair_row(int32_t first, int32_t second);  // "first.second"
+void *add_pair_row(int32_t first, int32_t second);    // "first.second"
+void *add_pair_row(uint32_t first, uint32_t second);  // "first.second"
 void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len);
 
 }  // namespace unit
