@@ -108,6 +108,14 @@ TEST_F(LacpTest, DebugStatesOfEachPhase) {
     EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnState(5), 3);
     EXPECT_EQ(get_dot3adAggPortDebugRxState(20), 6);
     EXPECT_EQ(reason(20), "Link is down");
+
+    // 1/4 hears a partner that will not aggregate: current, but detached.
+    swsim::Switch::LacpPartner lone;
+    lone.aggregatable = false;
+    sw().lacp_set_partner(0, 3, lone);
+    EXPECT_EQ(get_dot3adAggPortDebugRxState(4), 1);
+    EXPECT_EQ(get_dot3adAggPortDebugMuxState(4), 1);
+    EXPECT_EQ(reason(4), "Partner heard, not aggregating");
 }
 
 }  // namespace
