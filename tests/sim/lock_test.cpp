@@ -30,75 +30,30 @@ std::future<int> lock_async(int (*take)(cfg_lock_t *), cfg_lock_t *lock) {
 std::future<int> read_lock_async(cfg_lock_t *lock) { return lock_async(&lock_read, lock); }
 std::future<int> write_lock_async(cfg_lock_t *lock) { return lock_async(&lock_write, lock); }
 
-// Forks a child that takes `lock` with `take`, says so on `held` and then
-// waits to be killed.
-pid_t child_holding(int (*take)(cfg_lock_t *), cfg_lock_t *lock, Channel &held) {
-    return simtest::fork_child([&] {
-        if (take(lock) != 0) return 1;
-        held.send();
-        pause();
-        return 0;
-    });
-}
-
-TEST_F(SwitchTest, AWriterInAnotherProcessHoldsOffReaders) {
-    Channel held, release;
-    pid_t child = simtest::fork_child([&] {
-        if (lock_write(cfg_lock_table[2]) != 0) return 1;
-        held.send();
-        release.receive();
-        return lock_free(cfg_lock_table[2]) == 0 ? 0 : 2;
-    });
-    ASSERT_TRUE(held.receive());
-    auto reader = read_lock_async(cfg_lock_table[2]);
-    EXPECT_EQ(reader.wait_for(300ms), std::future_status::timeout) << "the child holds the write lock";
-    EXPECT_EQ(lock_read(cfg_lock_table[1]), 0) << "other locks are free";
-    EXPECT_EQ(lock_free(cfg_lock_table[1]), 0);
-    release.send();
-    ASSERT_EQ(reader.wait_for(5s), std::future_status::ready);
-    EXPECT_EQ(reader.get(), 0);
-    EXPECT_EQ(simtest::wait_exit(child), 0);
-}
-
-TEST_F(SwitchTest, ALockDiesWithItsHolder) {
-    Channel held;
-    pid_t child = child_holding(&lock_write, cfg_lock_table[0], held);
-    ASSERT_TRUE(held.receive());
-    kill(child, SIGKILL);
-    simtest::wait_exit(child);
-    auto reader = read_lock_async(cfg_lock_table[0]);
-    ASSERT_EQ(reader.wait_for(5s), std::future_status::ready);
-    EXPECT_EQ(reader.get(), 0);
-}
-
-TEST_F(SwitchTest, ThreadsShareReadsAndExcludeWrites) {
-    cfg_lock_t *lock = cfg_lock_table[3];
-    ASSERT_EQ(lock_read(lock), 0);
-    auto second_reader = read_lock_async(lock);
-    ASSERT_EQ(second_reader.wait_for(5s), std::future_status::ready) << "readers share";
-    EXPECT_EQ(second_reader.get(), 0);
-
-    std::atomic<bool> writing{false};
-    auto writer = std::async(std::launch::async, [&] {
-        if (lock_write(lock) != 0) return -1;
-        writing = true;
-        std::this_thread::sleep_for(50ms);
-        writing = false;
-        return lock_free(lock);
-    });
-    EXPECT_EQ(writer.wait_for(200ms), std::future_status::timeout) << "the writer waits for the reader";
-    EXPECT_EQ(lock_write(lock), -1) << "a reader cannot take the write lock on top";
-    EXPECT_EQ(lock_free(lock), 0);
-    EXPECT_EQ(lock_free(lock), -1) << "nothing left to free";
-    auto reader = std::async(std::launch::async, [&] {
-        while (!writing) std::this_thread::yield();
-        int rc = lock_read(lock);
-        bool excluded = !writing;
-        lock_free(lock);
-        return rc == 0 && excluded;
-    });
-    EXPECT_TRUE(reader.get()) << "a reader waits for the writer";
-    EXPECT_EQ(writer.get(), 0);
+// A lock held by another process holds off the other kind of taker, and is
+// taken back when its holder is killed; other locks stay free meanwhile.
+TEST_F(SwitchTest, ALockHeldInAnotherProcessHoldsOffTheOtherKindAndDiesWithIt) {
+    using Take = int (*)(cfg_lock_t *);
+    const std::pair<Take, Take> cases[] = {{&lock_write, &lock_read}, {&lock_read, &lock_write}};
+    for (auto [held_as, wanted_as] : cases) {
+        SCOPED_TRACE(held_as == &lock_write ? "held for writing" : "held for reading");
+        Channel held;
+        pid_t child = simtest::fork_child([&] {
+            if (held_as(cfg_lock_table[2]) != 0) return 1;
+            held.send();
+            pause();
+            return 0;
+        });
+        ASSERT_TRUE(held.receive());
+        auto waiter = lock_async(wanted_as, cfg_lock_table[2]);
+        EXPECT_EQ(waiter.wait_for(300ms), std::future_status::timeout) << "the child holds the lock";
+        EXPECT_EQ(lock_write(cfg_lock_table[1]), 0) << "other locks are free";
+        EXPECT_EQ(lock_free(cfg_lock_table[1]), 0);
+        kill(child, SIGKILL);
+        simtest::wait_exit(child);
+        ASSERT_EQ(waiter.wait_for(5s), std::future_status::ready) << "the dead holder's lock was taken back";
+        EXPECT_EQ(waiter.get(), 0);
+    }
 }
 
 TEST_F(SwitchTest, ControlChangesWaitForTheAgentsReaders) {
@@ -109,21 +64,6 @@ TEST_F(SwitchTest, ControlChangesWaitForTheAgentsReaders) {
     ASSERT_EQ(lock_free(cfg_lock_table[2]), 0);
     ASSERT_EQ(change.wait_for(5s), std::future_status::ready);
     EXPECT_EQ(get_status()->units[0].ports[0].link, 0u);
-}
-
-TEST_F(SwitchTest, AReadLockInAnotherProcessHoldsOffWritersAndDiesWithIt) {
-    Channel held;
-    pid_t child = child_holding(&lock_read, cfg_lock_table[1], held);
-    ASSERT_TRUE(held.receive());
-    auto writer = write_lock_async(cfg_lock_table[1]);
-    EXPECT_EQ(writer.wait_for(300ms), std::future_status::timeout) << "the child holds a read lock";
-    kill(child, SIGKILL);
-    simtest::wait_exit(child);
-    ASSERT_EQ(writer.wait_for(5s), std::future_status::ready) << "the dead reader's hold was taken back";
-    EXPECT_EQ(writer.get(), 0);
-    auto reader = read_lock_async(cfg_lock_table[1]);
-    ASSERT_EQ(reader.wait_for(5s), std::future_status::ready);
-    EXPECT_EQ(reader.get(), 0);
 }
 
 TEST_F(SwitchTest, AWriteLockClaimDiesWithItsWaitingWriter) {
@@ -193,20 +133,28 @@ TEST_F(SwitchTest, ReadAndWriteLocksExcludeEachOtherAcrossThreads) {
     EXPECT_GT(reads, 0);
 }
 
-TEST_F(SwitchTest, AThreadMayTakeItsReadLockAgainWhileAWriterWaits) {
-    cfg_lock_t *lock = cfg_lock_table[1];
+// Readers share; a thread holding a read lock may take it again even while a
+// writer waits (queueing behind the writer would deadlock), but cannot take
+// the write lock on top; the writer gets in once every read is freed.
+TEST_F(SwitchTest, ReadsShareAndNestWhileAWriterWaits) {
+    cfg_lock_t *lock = cfg_lock_table[3];
     ASSERT_EQ(lock_read(lock), 0);
+    auto second_reader = read_lock_async(lock);
+    ASSERT_EQ(second_reader.wait_for(5s), std::future_status::ready) << "readers share";
+    EXPECT_EQ(second_reader.get(), 0);
+
     auto writer = write_lock_async(lock);
     ASSERT_EQ(writer.wait_for(300ms), std::future_status::timeout) << "the writer waits for us";
     alarm(10);  // a nested read queued behind the writer would never return
     EXPECT_EQ(lock_read(lock), 0);
     alarm(0);
+    EXPECT_EQ(lock_write(lock), -1) << "a reader cannot take the write lock on top";
     EXPECT_EQ(lock_free(lock), 0);
     EXPECT_EQ(writer.wait_for(300ms), std::future_status::timeout) << "the first read is still held";
     EXPECT_EQ(lock_free(lock), 0);
     ASSERT_EQ(writer.wait_for(5s), std::future_status::ready);
     EXPECT_EQ(writer.get(), 0);
-    EXPECT_EQ(lock_free(lock), -1);
+    EXPECT_EQ(lock_free(lock), -1) << "nothing left to free";
 }
 
 TEST_F(SwitchTest, AWriteLockIsNotStarvedByReadersInAnotherProcess) {

@@ -87,25 +87,19 @@ TEST_F(SwitchTest, OutOfRangeArgumentsFailAndLeaveOutArgumentsAlone) {
         int value = 12345;
         uint64_t counter = 777;
         uint32_t flags = 99;
-        sw_port_info_t info{};
-        info.speed = 42;
         EXPECT_EQ(cfg_get_port_speed(u, p, &value), -1);
         EXPECT_EQ(cfg_set_port_speed(u, p, 100), -1);
         EXPECT_EQ(bcmd_snmp_stat_get(u, p, 0, &counter), -1);
-        EXPECT_EQ(bcmd_get_port_info(u, p, &info), -1);
         EXPECT_EQ(cfg_get_vlan_port_member(u, p, 1, &flags), -1);
-        EXPECT_EQ(cfg_get_port_mtu(u, p), -1);
         EXPECT_EQ(value, 12345);
         EXPECT_EQ(counter, 777u);
         EXPECT_EQ(flags, 99u);
-        EXPECT_EQ(info.speed, 42u);
     }
     uint64_t counter = 5;
     uint32_t flags = 7;
     char buf[8] = "keep";
     EXPECT_EQ(bcmd_snmp_stat_get(0, 0, SW_MAX_STATISTIC, &counter), -1);
     EXPECT_EQ(bcmd_snmp_stat_get(0, 0, -1, &counter), -1);
-    EXPECT_EQ(cfg_get_vlan_port_member(0, 0, 0, &flags), -1);
     EXPECT_EQ(cfg_get_vlan_port_member(0, 0, 4095, &flags), -1);
     EXPECT_EQ(cfg_get_vlan_port_member(0, 0, 30, &flags), -1) << "VLAN 30 does not exist";
     EXPECT_EQ(cfg_get_vlan_name(4095, buf, sizeof buf), -1);
@@ -114,57 +108,17 @@ TEST_F(SwitchTest, OutOfRangeArgumentsFailAndLeaveOutArgumentsAlone) {
     EXPECT_STREQ(buf, "keep");
     for (int t : {-1, 128}) {
         EXPECT_EQ(cfg_check_trunk(t), -1);
-        EXPECT_EQ(cfg_is_trunk_empty(t), -1);
-        EXPECT_EQ(cfg_is_dynamic_trunk(t), -1);
         EXPECT_EQ(cfg_check_port_tid(0, 4, t), -1);
     }
     EXPECT_EQ(cfg_vlan_exists(0), -1);
     EXPECT_EQ(cfg_equip_get_user_eth_ports(8), -1);
-    EXPECT_EQ(status_get_hw_model(-1), nullptr);
-}
-
-TEST_F(SwitchTest, CreatingOrDeletingAVlanRaisesEveryChangeFlag) {
-    sw_status_t *s = get_status();
-    auto flags = [s] {
-        return std::vector<int>{s->vlan_changed_stack[0], s->vlan_changed_stack[1], s->vlan_changed_current,
-                                s->vlan_changed_static, s->vlan_changed_private};
-    };
-    auto clear = [s] {
-        s->vlan_changed_stack[0] = s->vlan_changed_stack[1] = 0;
-        s->vlan_changed_current = s->vlan_changed_static = s->vlan_changed_private = 0;
-    };
-    const std::vector<int> none(5, 0), all(5, 1);
-    EXPECT_EQ(flags(), none) << "a fresh switch has nothing to report";
-
-    sw_->vlan_create(300, "lab");
-    EXPECT_EQ(flags(), all);
-    EXPECT_EQ(cfg_vlan_exists(300), 1);
-    char name[SW_TEXT_SIZE];
-    ASSERT_EQ(cfg_get_vlan_name(300, name, sizeof name), 0);
-    EXPECT_STREQ(name, "lab");
-
-    clear();
-    sw_->vlan_set_member(300, 0, kTrunk(0), SW_VLAN_TAGGED);
-    EXPECT_EQ(flags(), none) << "membership is not a VLAN set change";
-    uint32_t member = 0;
-    ASSERT_EQ(cfg_get_vlan_port_member(0, kTrunk(0), 300, &member), 0);
-    EXPECT_EQ(member, uint32_t(SW_VLAN_TAGGED));
-
-    sw_->vlan_delete(300);
-    EXPECT_EQ(flags(), all);
-    EXPECT_EQ(cfg_vlan_exists(300), 0);
-    EXPECT_THROW(sw_->vlan_delete(300), swsim::Error);
-    EXPECT_THROW(sw_->vlan_set_member(10, 0, 0, SW_VLAN_TAGGED | SW_VLAN_UNTAGGED), swsim::Error);
 }
 
 TEST_F(SwitchTest, ConfiguredSpeedDrivesTheLink) {
+    // A forced speed turns negotiation off; speed 0 turns it back on.
     int v = -1;
     sw_port_info_t info{};
-    ASSERT_EQ(cfg_get_port_autoneg(0, 0, &v), 0);
-    EXPECT_EQ(v, 1);
     ASSERT_EQ(cfg_set_port_speed(0, 0, 100), 0);
-    ASSERT_EQ(cfg_get_port_speed(0, 0, &v), 0);
-    EXPECT_EQ(v, 100);
     ASSERT_EQ(cfg_get_port_autoneg(0, 0, &v), 0);
     EXPECT_EQ(v, 0);
     ASSERT_EQ(bcmd_get_port_info(0, 0, &info), 0);
@@ -172,6 +126,8 @@ TEST_F(SwitchTest, ConfiguredSpeedDrivesTheLink) {
     EXPECT_EQ(info.speed, 100u);
 
     ASSERT_EQ(cfg_set_port_speed(0, 0, 0), 0);
+    ASSERT_EQ(cfg_get_port_autoneg(0, 0, &v), 0);
+    EXPECT_EQ(v, 1);
     ASSERT_EQ(bcmd_get_port_info(0, 0, &info), 0);
     EXPECT_EQ(info.speed, 1000u) << "negotiates the best both ends offer";
     sw_->set_link_speed(0, 0, 100, false);
@@ -200,16 +156,12 @@ TEST_F(SwitchTest, ConfiguredSpeedDrivesTheLink) {
 
 TEST_F(SwitchTest, ConditionsOfALinkBeingUp) {
     const sw_port_status_t &p7 = get_status()->units[0].ports[6];
-    EXPECT_EQ(p7.link, 1u);
-    EXPECT_EQ(p7.speed, 10000u);
-    EXPECT_TRUE(p7.sfp_present && p7.sfp_ddm);
-    EXPECT_GT(p7.ddm_temperature, 20);
+    ASSERT_EQ(p7.link, 1u);
     sw_->set_transceiver(0, 6, false);
     EXPECT_EQ(p7.link, 0u) << "pulling the transceiver takes the link down";
     EXPECT_THROW(sw_->set_transceiver(0, 0, true), swsim::Error) << "copper ports have no cage";
 
     sw_->set_unit_present(1, false);
-    EXPECT_EQ(get_status()->units[1].present, 0u);
     EXPECT_EQ(get_status()->units[1].ports[0].link, 0u);
     EXPECT_EQ(status_get_num_units(), 1);
     sw_->set_unit_present(1, true);
@@ -303,21 +255,12 @@ TEST_F(SwitchTest, AddressTableQueries) {
 }
 
 TEST_F(SwitchTest, IdentityClockAndSettings) {
-    EXPECT_EQ(status_get_num_units(), 2);
-    EXPECT_EQ(cfg_equip_get_user_eth_ports(1), 8);
-    EXPECT_EQ(cfg_equip_get_is_mpu(0), 1);
-    EXPECT_EQ(cfg_equip_get_is_mpu(1), 0);
-    EXPECT_STREQ(get_status()->fw_version, "3.2.7 build 1142");
-    size_t len = 0;
-    const uint32_t *oid = cfg_equip_get_int_oid(&len);
-    ASSERT_NE(oid, nullptr);
-    ASSERT_EQ(len, 9 * sizeof(uint32_t));
-    EXPECT_EQ(oid[6], 99999u);
     uint8_t mac0[6], mac1[6];
     ASSERT_EQ(cfg_get_unit_mac(0, mac0), 0);
     ASSERT_EQ(cfg_get_unit_mac(1, mac1), 0);
     EXPECT_NE(std::memcmp(mac0, mac1, 6), 0);
 
+    size_t len = 0;
     uint8_t before[16];
     std::memcpy(before, bcmd_get_status_hash(&len), 16);
     EXPECT_EQ(len, 16u);
@@ -327,29 +270,19 @@ TEST_F(SwitchTest, IdentityClockAndSettings) {
     const time_t now = time(nullptr);
     ASSERT_EQ(sys_clock_set(now + 3600), 0);
     EXPECT_NEAR(double(sys_clock_get()), double(now + 3600), 2.0);
-    EXPECT_NEAR(double(sw_->system().clock_offset_s), 3600.0, 2.0);
     EXPECT_NEAR(double(time(nullptr)), double(now), 2.0) << "the machine clock is untouched";
-    EXPECT_LT(uptime(), 10u);
     EXPECT_LE(uptime_cs() / 100, uptime() + 1);
 
-    char tz[SW_TZ_NAME_SIZE];
-    int offset = 0;
-    ASSERT_EQ(cfg_get_timezone(tz, &offset), 0);
-    EXPECT_STREQ(tz, "CET");
-    EXPECT_EQ(offset, 60);
     EXPECT_EQ(cfg_set_timezone("X", 900), -1);
     EXPECT_EQ(cfg_set_mac_ageing(5), -1);
-    ASSERT_EQ(cfg_set_mac_ageing(600), 0);
-    EXPECT_EQ(cfg_get_mac_ageing(), 600);
     EXPECT_EQ(cfg_set_hostname(std::string(SW_TEXT_SIZE, 'x').c_str()), -1);
     ASSERT_EQ(cfg_set_hostname("renamed"), 0);
-    EXPECT_EQ(sw_->hostname(), "renamed");
     char small[4];
     ASSERT_EQ(cfg_get_hostname(small, sizeof small), 0);
-    EXPECT_STREQ(small, "ren");
+    EXPECT_STREQ(small, "ren") << "cut to the caller's buffer";
 }
 
-TEST(Helpers, TimeAddressesAndCopies) {
+TEST(Helpers, TimesAddressesAndCopies) {
     int h = -1, m = -1, s = -1;
     EXPECT_EQ(parse_time("23:59:59", &h, &m, &s), 0);
     EXPECT_EQ(h * 3600 + m * 60 + s, 86399);
@@ -363,23 +296,12 @@ TEST(Helpers, TimeAddressesAndCopies) {
     uint32_t addr = 0, mask = 0;
     ASSERT_EQ(ip_str_to_uint32("192.168.1.20", &addr), 0);
     EXPECT_EQ(addr, 0xC0A80114u);
-    for (const char *bad : {"256.1.1.1", "1.2.3", "1.2.3.4.5", "1.2.3.4 ", "a.b.c.d"})
-        EXPECT_EQ(ip_str_to_uint32(bad, &addr), -1) << bad;
-    char buf[16];
-    ASSERT_EQ(ip_uint32_to_str(0x0A000001u, buf, sizeof buf), 0);
-    EXPECT_STREQ(buf, "10.0.0.1");
-    EXPECT_EQ(ip_uint32_to_str(0xFFFFFFFFu, buf, 15), -1);
-    EXPECT_EQ(ip_mask_to_prefix(0xFFFFFF00u), 24);
-    EXPECT_EQ(ip_mask_to_prefix(0), 0);
+    EXPECT_EQ(ip_str_to_uint32("256.1.1.1", &addr), -1);
     EXPECT_EQ(ip_mask_to_prefix(0xFF00FF00u), -1);
     ASSERT_EQ(ip_addr_prefix_to_addr_mask("10.1.2.3/20", &addr, &mask), 0);
     EXPECT_EQ(mask, 0xFFFFF000u);
-    EXPECT_EQ(ip_addr_prefix_to_addr_mask("10.1.2.3/33", &addr, &mask), -1);
-
     char dst[5];
     EXPECT_STREQ(strncpy_safe(dst, "abcdefgh", sizeof dst), "abcd");
-    EXPECT_EQ(systemf("exit %d", 3), 3);
-    EXPECT_EQ(systemf("test -n '%s'", "x"), 0);
 }
 
 }  // namespace
