@@ -1,7 +1,8 @@
 // Scenarios: what the shipped ones build, and how a bad one is reported.
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
+#include <set>
 
 #include "support.hpp"
 
@@ -9,16 +10,24 @@ namespace {
 
 using simtest::SwitchTest;
 using simtest::TempDir;
-using simtest::build_error;
+using swsim::Switch;
 
+// The complaint of building a scenario ("(built)" when there is none).
+std::string build_error(const std::string &state, const std::string &json) {
+    try {
+        swsim::create_state_from_json(state, json, "scenarios/x.json");
+    } catch (const swsim::Error &e) {
+        return e.what();
+    }
+    return "(built)";
+}
+
+// One case of each kind of complaint, over the areas of a scenario.
 TEST_F(TempDir, ABadFieldIsNamedWithItsFile) {
     const std::pair<const char *, const char *> cases[] = {
         {R"({"units": [{"ports": 8}, {"ports": 65}]})", "scenarios/x.json: units[1].ports: must be 1..64"},
         {R"({"sytem": {}})", "scenarios/x.json: sytem: unknown field"},
         {R"({"system": {"name": 5}})", "scenarios/x.json: system.name: must be a string"},
-        {R"({"system": {"timezone": {"offset_min": 900}}})",
-         "scenarios/x.json: system.timezone.offset_min: must be -720..840"},
-        {R"({"units": {"count": 9}})", "scenarios/x.json: units.count: must be 1..8"},
         {R"({"vlans": [{"vid": 4095}]})", "scenarios/x.json: vlans[0].vid: must be 1..4094"},
         {R"({"vlans": [{"vid": 2, "tagged": ["1/30"]}]})",
          "scenarios/x.json: vlans[0].tagged[0]: unit 1 has ports 1..28"},
@@ -30,9 +39,21 @@ TEST_F(TempDir, ABadFieldIsNamedWithItsFile) {
         {R"({"ports": [{"link": true}]})", "scenarios/x.json: ports[0]: needs a select field"},
         {R"({"fdb": [{"mac": "00:11", "vid": 1, "port": "1/1"}]})",
          "scenarios/x.json: fdb[0].mac: must be a MAC address like 00:11:22:33:44:55"},
-        {R"({"fdb": [{"mac": "00:11:22:33:44:55", "vid": 9, "port": "1/1"}]})",
-         "scenarios/x.json: fdb[0]: VLAN 9 does not exist"},
-        {R"({"units": [{"present": "yes"}]})", "scenarios/x.json: units[0].present: must be true or false"},
+        {R"({"vlan_settings": {"ports": [{"select": "1/1", "pvid": 9}]}})",
+         "scenarios/x.json: vlan_settings.ports[0].pvid: VLAN 9 does not exist"},
+        {R"({"transceivers": [{"select": "1/25"}]})",
+         "scenarios/x.json: transceivers[0].select: port 1/25 has no transceiver fitted"},
+        {R"({"traffic": {"mirror_to": "1/1", "ports": [{"select": "1/1-2", "mirror": "rx"}]}})",
+         "scenarios/x.json: traffic.ports[0].mirror: port 1/1 is the mirror destination"},
+        {R"({"trunks": [{"id": 1, "members": ["1/1"]}], "traffic": {"mirror_to": "T1"}})",
+         "scenarios/x.json: traffic.mirror_to: must name one port"},
+        {R"({"stp": {"priority": 1000}})", "scenarios/x.json: stp.priority: must be a multiple of 4096"},
+        {R"({"stp": {"ports": [{"select": "1/1", "state": "listening"}]}})",
+         "scenarios/x.json: stp.ports[0].state: must be one of auto, disabled, blocking, learning, forwarding"},
+        {R"({"igmp": {"groups": [{"vid": 1, "group": "10.0.0.1", "ports": "1/1"}]}})",
+         "scenarios/x.json: igmp.groups[0]: the group address is not an IPv4 multicast address"},
+        {R"({"trunks": [{"id": 1, "members": "1/1"}], "igmp": {"router_ports": [{"vid": 1, "ports": "T1"}]}})",
+         "scenarios/x.json: igmp.router_ports[0].ports: IGMP snooping takes user ports, not trunks"},
     };
     for (auto [json, message] : cases) EXPECT_EQ(build_error(state_, json), message) << json;
     EXPECT_NE(build_error(state_, "{").find("scenarios/x.json: not valid JSON"), std::string::npos);
@@ -47,9 +68,9 @@ TEST_F(TempDir, ABadFieldIsNamedWithItsFile) {
     }
 }
 
-TEST_F(SwitchTest, TheDefaultScenarioIsSmallButAlive) {
+TEST_F(TempDir, TheDefaultScenarioIsSmallButAlive) {
     swsim::create_state(state_, SCENARIO_DIR "/default.json");
-    swsim::Switch sw(state_);
+    Switch sw(state_);
     for (int u : {0, 1}) {
         EXPECT_TRUE(sw.unit(u).present);
         EXPECT_EQ(sw.unit(u).ports, 28);
@@ -77,13 +98,23 @@ TEST_F(SwitchTest, TheDefaultScenarioIsSmallButAlive) {
     EXPECT_EQ(fdb.size(), 50u);
     EXPECT_GE(std::count_if(fdb.begin(), fdb.end(), [](auto &e) { return e.is_static; }), 2);
     EXPECT_GE(std::count_if(fdb.begin(), fdb.end(), [](auto &e) { return e.trunk0 >= 0; }), 2);
-    EXPECT_FALSE(sw.system().hostname.empty());
-    EXPECT_FALSE(sw.system().location.empty());
+
+    // Traffic controls on ports and trunks; optics in the platform's units
+    // (0.05 mW is 500 tenths of a microwatt).
+    EXPECT_EQ(sw.traffic(0, 0).burst_kb[Switch::kIngress], 256u);
+    EXPECT_EQ(sw.traffic(0, 512).rate_kbps[Switch::kEgress], 2000000u);
+    EXPECT_TRUE(sw.traffic(1, 0).storm_control);
+    EXPECT_EQ(sw.traffic(0, 6).mirror, SW_MIRROR_BOTH);
+    EXPECT_EQ(sw.mirror_to(), std::make_pair(0, 21));
+    EXPECT_EQ(sw.transceiver(0, 25).rx_power, 500);
+    EXPECT_TRUE(sw.transceiver(1, 24).fitted);
+    EXPECT_FALSE(sw.transceiver(1, 24).diagnostics);
 }
 
 TEST_F(SwitchTest, TheMaxScenarioFillsEveryLimit) {
     swsim::create_state(state_, SCENARIO_DIR "/max.json");
     ASSERT_EQ(swsim::platform_reopen(), 0);
+    Switch sw(state_);
     EXPECT_EQ(status_get_num_units(), 8);
     for (int u = 0; u < 8; ++u) EXPECT_EQ(cfg_equip_get_user_eth_ports(u), 64);
     for (int t = 0; t < 128; ++t) {
@@ -96,6 +127,27 @@ TEST_F(SwitchTest, TheMaxScenarioFillsEveryLimit) {
     ASSERT_EQ(cfg_get_mac_address_table(&count, &entries, all), 0);
     EXPECT_GE(count, 5000);
     std::free(entries);
+
+    int mirrored = 0, limited = 0;
+    for (int u = 0; u < SW_MAX_UNITS; ++u)
+        for (int p = 0; p < SW_PORTS_PER_UNIT; ++p) {
+            auto t = sw.traffic(u, p);
+            mirrored += t.mirror != SW_MIRROR_NONE;
+            limited += t.rate_kbps[0] && t.rate_kbps[1] && t.storm_control;
+        }
+    EXPECT_EQ(limited, 512);
+    EXPECT_EQ(mirrored, 511) << "every port but the destination";
+    EXPECT_EQ(sw.traffic(0, 512 + 127).mirror, SW_MIRROR_RX);
+
+    // Every group record and ring domain is used: a new group cannot be
+    // made, a known one still grows.
+    EXPECT_EQ(sw.igmp_groups().size(), 128u);
+    EXPECT_EQ(sw.igmp_groups()[0].ports.size(), 64u);
+    for (int id = 0; id < SW_EAPS_DOMAINS; ++id) ASSERT_EQ(verify_created_eaps_domain(id), id);
+    for (int vid = 1; vid <= SW_MAX_VLAN_ID; vid += 409) EXPECT_EQ(cfg_get_igmp_router_port(0, 0, vid), 1) << vid;
+    EXPECT_EQ(cfg_set_igmp_set_mcast(0, 9, 1, 0xef7f0001, 0, 1), -1);
+    EXPECT_THROW(sw.igmp_set_group_port(1, 0xef7f0001, 0, 9, true), swsim::Error);
+    EXPECT_EQ(cfg_set_igmp_set_mcast(0, 9, 1, 0xef010001, 0, 1), 0);
 
     // Every VLAN against every port and trunk, as one large walk does.
     const auto start = std::chrono::steady_clock::now();

@@ -8,6 +8,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "swplatform/platform.h"
@@ -33,14 +35,18 @@ inline const char *kSmallSwitch = R"({
           {"mac": "00:00:00:00:00:04", "vid": 10, "port": "2/1"}]
 })";
 
-// The complaint of building a scenario ("(built)" when there is none).
-inline std::string build_error(const std::string &state, const std::string &json) {
-    try {
-        swsim::create_state_from_json(state, json, "scenarios/x.json");
-    } catch (const swsim::Error &e) {
-        return e.what();
-    }
-    return "(built)";
+// What swctl did with one command line: its exit code, standard output and
+// standard error.
+struct SwctlRun {
+    int code;
+    std::string out, err;
+};
+
+inline std::string slurp(const std::string &path) {
+    std::ifstream in(path);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
 }
 
 // A fresh directory for each test, removed afterwards.
@@ -53,6 +59,14 @@ protected:
         state_ = dir_ + "/switch.state";
     }
     void TearDown() override { std::filesystem::remove_all(dir_); }
+
+    // Runs swctl on this test's state file with `args`.
+    SwctlRun swctl(const std::string &args) {
+        const std::string out = dir_ + "/swctl.out", err = dir_ + "/swctl.err";
+        const std::string cmd = std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >" + out + " 2>" + err;
+        const int status = std::system(cmd.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+    }
 
     std::string dir_;
     std::string state_;

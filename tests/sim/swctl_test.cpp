@@ -1,6 +1,5 @@
 // swctl end to end, on a temporary state file.
 #include <fstream>
-#include <sstream>
 
 #include "support.hpp"
 
@@ -10,30 +9,13 @@ using simtest::TempDir;
 
 class Swctl : public TempDir {
 protected:
-    struct Result {
-        int code;
-        std::string out, err;
-    };
-
-    Result run(const std::string &args) {
-        const std::string out = dir_ + "/out", err = dir_ + "/err";
-        const std::string cmd = std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >" + out + " 2>" + err;
-        int status = std::system(cmd.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
-    }
-    static std::string slurp(const std::string &path) {
-        std::ifstream in(path);
-        std::stringstream s;
-        s << in.rdbuf();
-        return s.str();
-    }
     void ok(const std::string &args) {
-        Result r = run(args);
+        const auto r = swctl(args);
         EXPECT_EQ(r.code, 0) << args << "\n" << r.err;
         EXPECT_EQ(r.err, "") << args;
     }
     void fails(const std::string &args, const std::string &message) {
-        Result r = run(args);
+        const auto r = swctl(args);
         EXPECT_EQ(r.code, 1) << args;
         EXPECT_EQ(r.err, "swctl: " + message + "\n") << args;
         EXPECT_EQ(r.out, "") << args;
@@ -80,14 +62,14 @@ TEST_F(Swctl, CreatesAndDrivesASwitch) {
     EXPECT_EQ(sw.faults()[0].remaining, 2);
     EXPECT_TRUE(sw.journal_enabled());
 
-    Result show = run("show vlans");
+    const auto show = swctl("show vlans");
     EXPECT_EQ(show.code, 0);
     EXPECT_NE(show.out.find("300   lab"), std::string::npos) << show.out;
-    EXPECT_NE(run("show trunks").out.find("T7    lacp"), std::string::npos);
-    EXPECT_NE(run("fault list").out.find("cfg_set_port_speed"), std::string::npos);
+    EXPECT_NE(swctl("show trunks").out.find("T7    lacp"), std::string::npos);
+    EXPECT_NE(swctl("fault list").out.find("cfg_set_port_speed"), std::string::npos);
     ok("fault clear");
     EXPECT_TRUE(sw.faults().empty());
-    EXPECT_EQ(run("show all").code, 0);
+    EXPECT_EQ(swctl("show all").code, 0);
 
     ok("vlan delete 300");
     ok("trunk destroy 7");
@@ -104,15 +86,15 @@ TEST_F(Swctl, ErrorsAreOneLineAndExitOne) {
     fails("vlan create 1", "VLAN 1 already exists");
     fails("fault set cfg_nothing -1", "no platform call 'cfg_nothing' that faults can be armed on");
     fails("counter 1/1 2 5", "statistic 2 is a sum of others; set those");
-    EXPECT_EQ(run("link 1/1 sideways").code, 1);
-    EXPECT_EQ(run("").code, 1);
-    Result help = run("--help");
+    EXPECT_EQ(swctl("link 1/1 sideways").code, 1);
+    EXPECT_EQ(swctl("").code, 1);
+    const auto help = swctl("--help");
     EXPECT_EQ(help.code, 0);
     EXPECT_NE(help.out.find("journal"), std::string::npos);
 
     const std::string other = dir_ + "/other.state";
     std::ofstream(other) << "not a switch";
-    Result r = run("show");
+    const auto r = swctl("show");
     EXPECT_EQ(r.code, 0);
     state_ = other;
     fails("show", other + ": not a switch state file (bad magic)");

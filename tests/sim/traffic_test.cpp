@@ -1,8 +1,6 @@
-// Traffic controls and transceiver readings of the simulated switch: what
-// the scenarios build, how queue counters follow the load, the platform's
-// own refusals, and the swctl verbs.
-#include <fstream>
-#include <sstream>
+// Traffic controls and transceiver readings of the simulated switch: how
+// queue counters follow the load, the platform's own refusals, and the swctl
+// verbs.
 #include <thread>
 #include <vector>
 
@@ -14,66 +12,9 @@ using simtest::SwitchTest;
 using simtest::TempDir;
 using swsim::Switch;
 
-TEST_F(TempDir, ShippedScenariosSetLimitsMirrorsAndOptics) {
-    swsim::create_state(state_, SCENARIO_DIR "/default.json");
-    Switch sw(state_);
-    EXPECT_EQ(sw.traffic(0, 0).rate_kbps[Switch::kIngress], 100000u);
-    EXPECT_EQ(sw.traffic(0, 0).burst_kb[Switch::kIngress], 256u);
-    EXPECT_EQ(sw.traffic(0, 512).rate_kbps[Switch::kEgress], 2000000u);
-    EXPECT_TRUE(sw.traffic(1, 0).storm_control);
-    EXPECT_EQ(sw.traffic(0, 6).mirror, SW_MIRROR_BOTH);
-    EXPECT_EQ(sw.mirror_to(), std::make_pair(0, 21));
-    EXPECT_EQ(sw.transceiver(0, 25).temperature_c, 44);
-    EXPECT_EQ(sw.transceiver(0, 25).rx_power, 500);
-    EXPECT_TRUE(sw.transceiver(1, 24).fitted);
-    EXPECT_FALSE(sw.transceiver(1, 24).diagnostics);
-
-    swsim::create_state(state_, SCENARIO_DIR "/max.json");
-    Switch max(state_);
-    int mirrored = 0, limited = 0;
-    for (int u = 0; u < SW_MAX_UNITS; ++u)
-        for (int p = 0; p < SW_PORTS_PER_UNIT; ++p) {
-            auto t = max.traffic(u, p);
-            mirrored += t.mirror != SW_MIRROR_NONE;
-            limited += t.rate_kbps[0] && t.rate_kbps[1] && t.storm_control;
-        }
-    EXPECT_EQ(limited, 512);
-    EXPECT_EQ(mirrored, 511) << "every port but the destination";
-    EXPECT_EQ(max.traffic(0, 512 + 127).mirror, SW_MIRROR_RX);
-}
-
-TEST_F(TempDir, BadTrafficAndTransceiverFieldsAreNamed) {
-    const std::pair<const char *, const char *> cases[] = {
-        {R"({"transceivers": [{"select": "1/25"}]})",
-         "scenarios/x.json: transceivers[0].select: port 1/25 has no transceiver fitted"},
-        {R"({"ports": [{"select": "1/25", "sfp": true}], "transceivers": [{"select": "1/25", "voltage_v": 9}]})",
-         "scenarios/x.json: transceivers[0].voltage_v: must be 0.000000..6.500000"},
-        {R"({"traffic": {"ports": [{"select": "1/1", "ingress": {"kbps": 10000001}}]}})",
-         "scenarios/x.json: traffic.ports[0].ingress.kbps: must be 0..10000000"},
-        {R"({"traffic": {"ports": [{"select": "1/1", "mirror": "all"}]}})",
-         "scenarios/x.json: traffic.ports[0].mirror: must be none, rx, tx or both"},
-        {R"({"traffic": {"mirror_to": "1/1", "ports": [{"select": "1/1-2", "mirror": "rx"}]}})",
-         "scenarios/x.json: traffic.ports[0].mirror: port 1/1 is the mirror destination"},
-        {R"({"trunks": [{"id": 1, "members": ["1/1"]}], "traffic": {"mirror_to": "T1"}})",
-         "scenarios/x.json: traffic.mirror_to: must name one port"},
-        {R"({"traffic": {"ports": [{"select": "1/1", "storm_pps": 0}]}})",
-         "scenarios/x.json: traffic.ports[0].storm_pps: must be 1..14880952"},
-    };
-    for (auto [json, message] : cases) {
-        try {
-            swsim::create_state_from_json(state_, json, "scenarios/x.json");
-            ADD_FAILURE() << "built: " << json;
-        } catch (const swsim::Error &e) {
-            EXPECT_EQ(std::string(e.what()), message) << json;
-        }
-    }
-}
-
-class Traffic : public SwitchTest {};
-
 // Queues share what the port sends, queue 0 most; the counters move with the
 // load, and a counter set from outside moves on from its new value.
-TEST_F(Traffic, QueueCountersFollowThePortsLoad) {
+TEST_F(SwitchTest, QueueCountersFollowThePortsLoad) {
     sw_->set_traffic(0, 0, 100000);
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const auto before = sw_->traffic(0, 0);
@@ -98,7 +39,7 @@ TEST_F(Traffic, QueueCountersFollowThePortsLoad) {
     EXPECT_THROW(sw_->set_queue_counter(0, 0, Switch::kSentBytes, 8, 1), swsim::Error);
 }
 
-TEST_F(Traffic, PlatformRefusesWhatItCannotDo) {
+TEST_F(SwitchTest, PlatformRefusesWhatItCannotDo) {
     // The area holds big-endian words, queue 0 first, whatever the host.
     sw_->set_queue_counter(0, 1, Switch::kSentPackets, 1, 0x0102030405060708ull);
     uint8_t area[SW_QUEUE_AREA_SIZE];
@@ -120,28 +61,16 @@ TEST_F(Traffic, PlatformRefusesWhatItCannotDo) {
     EXPECT_THROW(sw_->set_transceiver_readings(0, 7, swsim::Ddm{}), swsim::Error) << "1/8 has an empty cage";
 }
 
-class SwctlControls : public TempDir {
-protected:
-    std::string run(const std::string &args, int *code = nullptr) {
-        const std::string out = dir_ + "/out";
-        int status = std::system((std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >" + out + " 2>&1").c_str());
-        if (code) *code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        std::ifstream in(out);
-        std::stringstream s;
-        s << in.rdbuf();
-        return s.str();
-    }
-};
-
-TEST_F(SwctlControls, VerbsChangeTheLiveSwitch) {
-    int code = 0;
-    run("create " SCENARIO_DIR "/default.json", &code);
-    ASSERT_EQ(code, 0);
+// swctl's verbs for the traffic controls and optics, with the readings in
+// the platform's units (3.1 V is 31000 tenths of a millivolt, 0.0001 mW one
+// tenth of a microwatt).
+TEST_F(TempDir, SwctlTrafficVerbsChangeTheLiveSwitch) {
+    ASSERT_EQ(swctl("create " SCENARIO_DIR "/default.json").code, 0);
     for (const char *args : {"ddm 1/25 --temp 61 --vcc 3.1 --bias 12.5 --tx 0.3 --rx 0.0001", "ddm 1/26 --none",
                              "rate-limit T1 in 5000 --burst 64", "storm 1/3 on --pps 800", "mirror 1/4 tx",
                              "mirror-to 2/1", "queue 1/2 3 dropped-bytes 1234567"}) {
-        EXPECT_EQ(run(args, &code), "") << args;
-        EXPECT_EQ(code, 0) << args;
+        const auto r = swctl(args);
+        EXPECT_EQ(r.code, 0) << args << "\n" << r.err;
     }
     Switch sw(state_);
     const auto x = sw.transceiver(0, 24);
@@ -156,12 +85,13 @@ TEST_F(SwctlControls, VerbsChangeTheLiveSwitch) {
     EXPECT_EQ(sw.traffic(0, 3).mirror, SW_MIRROR_TX);
     EXPECT_EQ(sw.mirror_to(), std::make_pair(1, 0));
     EXPECT_GE(sw.traffic(0, 1).queues[Switch::kDroppedBytes][3], 1234567u);
-    EXPECT_NE(run("controls 1/25").find("61 C"), std::string::npos);
+    EXPECT_NE(swctl("controls 1/25").out.find("61 C"), std::string::npos);
 
-    EXPECT_EQ(run("mirror-to 1/4", &code), "swctl: port 1/4 is mirrored and cannot be the destination\n");
-    EXPECT_EQ(code, 1);
-    EXPECT_EQ(run("ddm 1/5", &code), "swctl: port 1/5 has no transceiver fitted\n");
-    EXPECT_EQ(run("mirror-to none", &code), "");
+    const auto refused = swctl("mirror-to 1/4");
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_EQ(refused.err, "swctl: port 1/4 is mirrored and cannot be the destination\n");
+    EXPECT_EQ(swctl("ddm 1/5").err, "swctl: port 1/5 has no transceiver fitted\n");
+    EXPECT_EQ(swctl("mirror-to none").code, 0);
     EXPECT_EQ(sw.mirror_to(), std::make_pair(-1, -1));
 }
 

@@ -1,7 +1,5 @@
-// The simulated switch's VLAN calls: life cycle, membership rules, port VLAN
-// settings from a scenario, and swctl's GVRP verbs.
-#include <cstdlib>
-
+// The simulated switch's VLAN calls: life cycle, membership rules, the change
+// flags, port VLAN settings from a scenario, and swctl's GVRP verbs.
 #include "support.hpp"
 
 namespace {
@@ -27,6 +25,8 @@ protected:
     }
 };
 
+// A port's PVID is its untagged VLAN unless the scenario names one; the
+// settings apply to trunks (port 512 on) as to ports.
 TEST_F(SimVlans, ScenarioSettingsAndDefaultPvids) {
     EXPECT_EQ(setting(cfg_get_pvid, 0, 0), 1);
     EXPECT_EQ(setting(cfg_get_pvid, 0, 4), 30);  // its untagged VLAN
@@ -35,30 +35,15 @@ TEST_F(SimVlans, ScenarioSettingsAndDefaultPvids) {
         EXPECT_EQ(setting(cfg_get_pvid, 0, port0), 40) << port0;
         EXPECT_EQ(setting(cfg_get_port_discard, 0, port0), 2) << port0;
         EXPECT_EQ(setting(cfg_get_ingress_filtering, 0, port0), 1) << port0;
-        EXPECT_EQ(setting(cfg_get_gvrp_enable_port, 0, port0), 1) << port0;
         EXPECT_EQ(cfg_get_default_priority(0, port0), 6) << port0;
     }
-    EXPECT_EQ(cfg_get_gvrp_enable(), 1);
-    EXPECT_EQ(cfg_get_vlan_dhcp_client(1), 0);
     int untouched = 7;
     EXPECT_EQ(cfg_get_pvid(0, 513, &untouched), -1);  // trunk 2 is not configured
     EXPECT_EQ(untouched, 7);
-
-    std::string error;
-    try {
-        swsim::create_state_from_json(state_, R"({"vlan_settings": {"ports": [{"select": "1/1", "pvid": 9}]}})",
-                                      "scenarios/x.json");
-    } catch (const swsim::Error &e) {
-        error = e.what();
-    }
-    EXPECT_EQ(error, "scenarios/x.json: vlan_settings.ports[0].pvid: VLAN 9 does not exist");
 }
 
 TEST_F(SimVlans, LifeCycleAndMembershipRules) {
-    sw_status_t *s = get_status();
-    ASSERT_EQ(s->vlan_changed_static, 0);
     ASSERT_EQ(cfg_vlan_create(50, 0, 0), 0);
-    EXPECT_EQ(s->vlan_changed_static + s->vlan_changed_current + s->vlan_changed_private, 3);
     EXPECT_EQ(cfg_vlan_is_active(50), 0);  // created out of service
     EXPECT_EQ(cfg_vlan_create(50, 0, 0), -1);
     EXPECT_EQ(cfg_vlan_enable(50), 0);
@@ -74,12 +59,11 @@ TEST_F(SimVlans, LifeCycleAndMembershipRules) {
     uint32_t m = 0;
     EXPECT_EQ(cfg_get_vlan_port_member(0, 512, 50, &m), 0);
     EXPECT_EQ(m, SW_VLAN_UNTAGGED | SW_VLAN_DYNAMIC_GVRP);
+    EXPECT_THROW(sw_->vlan_set_member(50, 0, 0, SW_VLAN_TAGGED | SW_VLAN_UNTAGGED), swsim::Error);
 
     // Destroying a VLAN moves its ports' PVIDs back to VLAN 1; VLAN 1 stays.
     ASSERT_EQ(cfg_set_pvid(0, 3, 50), 0);
-    s->vlan_changed_static = 0;
     EXPECT_EQ(cfg_vlan_destroy(50), 0);
-    EXPECT_EQ(s->vlan_changed_static, 1);
     EXPECT_EQ(setting(cfg_get_pvid, 0, 3), 1);
     EXPECT_EQ(cfg_vlan_exists(50), 0);
     EXPECT_EQ(cfg_vlan_destroy(1), -1);
@@ -88,36 +72,51 @@ TEST_F(SimVlans, LifeCycleAndMembershipRules) {
     EXPECT_EQ(cfg_set_default_priority(0, 3, 8), -1);
 }
 
-TEST_F(SimVlans, AnAttachingClientIsToldOfEveryVlan) {
+// The flags tell the agent to repopulate its VLAN tables: a client that
+// attaches hears of every VLAN; creating or deleting a VLAN, by a platform
+// call or on the switch, raises every flag; a change of membership none.
+TEST_F(SimVlans, ChangeFlagsFollowTheSetOfVlans) {
     sw_status_t *s = get_status();
-    s->vlan_changed_stack[0] = s->vlan_changed_stack[1] = 0;
-    s->vlan_changed_static = s->vlan_changed_current = s->vlan_changed_private = 0;
-    ASSERT_EQ(cfg_init(), 0);
-    EXPECT_EQ(s->vlan_changed_stack[0] + s->vlan_changed_stack[1] + s->vlan_changed_static +
-                  s->vlan_changed_current + s->vlan_changed_private,
-              5);
+    auto flags = [s] {
+        return std::vector<int>{s->vlan_changed_stack[0], s->vlan_changed_stack[1], s->vlan_changed_current,
+                                s->vlan_changed_static, s->vlan_changed_private};
+    };
+    const std::vector<int> none(5, 0), all(5, 1);
+    auto after = [&](auto change) {
+        s->vlan_changed_stack[0] = s->vlan_changed_stack[1] = 0;
+        s->vlan_changed_current = s->vlan_changed_static = s->vlan_changed_private = 0;
+        change();
+        return flags();
+    };
+    EXPECT_EQ(after([] { ASSERT_EQ(cfg_init(), 0); }), all) << "attaching";
+    EXPECT_EQ(after([] { ASSERT_EQ(cfg_vlan_create(50, 0, 0), 0); }), all);
+    EXPECT_EQ(after([&] {
+                  ASSERT_EQ(cfg_set_vlan_port_member(0, 512, 50, SW_VLAN_TAGGED, 0), 0);
+                  sw_->vlan_set_member(50, 0, 0, SW_VLAN_TAGGED);
+              }),
+              none)
+        << "membership";
+    EXPECT_EQ(after([] { ASSERT_EQ(cfg_vlan_destroy(50), 0); }), all);
+    EXPECT_EQ(after([&] { sw_->vlan_create(300, "lab"); }), all);
+    EXPECT_EQ(after([&] { sw_->vlan_delete(300); }), all);
+    EXPECT_THROW(sw_->vlan_delete(300), swsim::Error);
 }
 
 TEST_F(SimVlans, SwctlRegistersAndWithdrawsGvrpMembers) {
-    auto swctl = [&](const std::string &args) {
-        const std::string cmd = std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >/dev/null 2>&1";
-        const int status = std::system(cmd.c_str());
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    };
     uint32_t m = 0;
-    ASSERT_EQ(swctl("vlan register 40 1/3"), 0);
+    ASSERT_EQ(swctl("vlan register 40 1/3").code, 0);
     ASSERT_EQ(cfg_get_vlan_port_member(0, 2, 40, &m), 0);
     EXPECT_EQ(m, SW_VLAN_DYNAMIC_GVRP);
-    ASSERT_EQ(swctl("vlan register 40 T1"), 0);
+    ASSERT_EQ(swctl("vlan register 40 T1").code, 0);
     EXPECT_EQ(sw_->vlan(40).members.size(), 2u);
-    ASSERT_EQ(swctl("vlan withdraw 40 1/3"), 0);
+    ASSERT_EQ(swctl("vlan withdraw 40 1/3").code, 0);
     ASSERT_EQ(cfg_get_vlan_port_member(0, 2, 40, &m), 0);
     EXPECT_EQ(m, 0u);
-    EXPECT_EQ(swctl("vlan register 41 1/3"), 1);
+    EXPECT_EQ(swctl("vlan register 41 1/3").code, 1);
 
-    ASSERT_EQ(swctl("vlan deactivate 40"), 0);
+    ASSERT_EQ(swctl("vlan deactivate 40").code, 0);
     EXPECT_EQ(cfg_vlan_is_active(40), 0);
-    ASSERT_EQ(swctl("vlan activate 40"), 0);
+    ASSERT_EQ(swctl("vlan activate 40").code, 0);
     EXPECT_EQ(cfg_vlan_is_active(40), 1);
 }
 
