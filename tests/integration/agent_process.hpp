@@ -27,7 +27,6 @@ public:
 
     uint16_t port() const { return port_; }
     const std::string &state_path() const { return state_path_; }
-    const std::string &log_path() const { return log_path_; }
     bool running();
 
     // Starts snmpd and waits (bounded) until it answers a GET; throws when

@@ -1,5 +1,6 @@
 // The test fixture: one agent (and one simulated switch) per test suite,
-// shared by the suite's tests, with a read and a write session to it.
+// shared by the suite's tests, with a read and a write session to it; the
+// agent's log is checked for sanitizer reports after every test.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,13 +24,9 @@ inline const Oid kSysObjectId = child(kSystem, {2, 0});
 inline const Oid kSysUpTime = child(kSystem, {3, 0});
 inline const Oid kSysContact = child(kSystem, {4, 0});
 inline const Oid kSysName = child(kSystem, {5, 0});
-inline const Oid kSysLocation = child(kSystem, {6, 0});
-inline const Oid kSysServices = child(kSystem, {7, 0});
 inline const Oid kIfNumber = parse_oid("1.3.6.1.2.1.2.1.0");
 
 inline const Oid kBridge = parse_oid("1.3.6.1.2.1.17");
-inline const Oid kBaseBridgeAddress = parse_oid("1.3.6.1.2.1.17.1.1.0");
-inline const Oid kBaseNumPorts = parse_oid("1.3.6.1.2.1.17.1.2.0");
 inline const Oid kBaseType = parse_oid("1.3.6.1.2.1.17.1.3.0");
 inline const Oid kBasePortEntry = parse_oid("1.3.6.1.2.1.17.1.4.1");  // + column, port
 inline const Oid kTpLearnedEntryDiscards = parse_oid("1.3.6.1.2.1.17.4.1.0");
@@ -40,19 +37,15 @@ inline const Oid kFdbDynamicCount = parse_oid("1.3.6.1.2.1.17.7.1.2.1.1.2");  //
 inline const Oid kQTpFdbTable = parse_oid("1.3.6.1.2.1.17.7.1.2.2");
 
 inline const Oid kPrivate = parse_oid("1.3.6.1.4.1.99999");
+inline const Oid kLag = parse_oid("1.2.840.10006.300.43");
 inline const Oid kVxAgInfOid = parse_oid("1.3.6.1.4.1.99999.2.1.1.1.0");
 inline const Oid kPortEntry = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.2.1.1");  // + column, index
-inline const Oid kSwProdDescription = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.1.3.3.0");
-inline const Oid kSwHashConfig = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.1.8.0");
-inline const Oid kSysTimeZoneName = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.20.4.0");
 
 // portTable columns
 enum PortColumn : uint32_t {
     kPortName = 2,
     kPortType = 3,
     kPortSpeedDpxCfg = 4,
-    kPortFlowCtrlCfg = 5,
-    kPortCapabilities = 6,
     kPortAutonegotiation = 7,
     kPortTrunkIndex = 11,
 };
@@ -76,12 +69,14 @@ std::vector<uint32_t> row_indexes(const std::vector<VarBind> &walk, const Oid &c
 template <class Suite>
 class AgentTest : public ::testing::Test {
 protected:
+    // The scenario of the suite's switch; a suite may name its own.
+    static constexpr const char *kScenario = "scenarios/default.json";
     static inline std::unique_ptr<AgentProcess> agent_;
     static inline std::unique_ptr<swsim::Switch> switch_;
 
     static void SetUpTestSuite() {
         try {
-            agent_ = std::make_unique<AgentProcess>();
+            agent_ = std::make_unique<AgentProcess>(Suite::kScenario);
             switch_ = std::make_unique<swsim::Switch>(agent_->state_path());
         } catch (const std::exception &e) {
             agent_.reset();

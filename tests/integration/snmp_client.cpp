@@ -176,12 +176,6 @@ Response Session::set(const std::vector<SetValue> &values) {
     return send(pdu);
 }
 
-std::optional<VarBind> Session::get_one(const Oid &oid) {
-    Response r = get({oid});
-    if (!r.answered || r.error_status != kNoError || r.varbinds.size() != 1) return std::nullopt;
-    return r.varbinds[0];
-}
-
 std::vector<VarBind> Session::walk(const Oid &root, int max_repetitions) {
     std::vector<VarBind> out;
     Oid cursor = root;

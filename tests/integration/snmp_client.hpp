@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <initializer_list>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -84,9 +83,6 @@ public:
     Response get_next(const std::vector<Oid> &oids);
     Response get_bulk(const std::vector<Oid> &oids, int non_repeaters, int max_repetitions);
     Response set(const std::vector<SetValue> &values);
-
-    // GET of one object; nullopt when the agent did not answer or answered an error status.
-    std::optional<VarBind> get_one(const Oid &oid);
 
     // Every object of the subtree, by GETBULK (25 repetitions).  The walk
     // stops at the subtree's end, at endOfMibView, at an error, or at an

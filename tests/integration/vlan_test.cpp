@@ -40,24 +40,14 @@ TEST_F(Vlans, VlanLifeFromCreateAndGoToDestroy) {
     const VarBind egress = must_get(static_column(kEgress, kVid));
     ASSERT_EQ(egress.bytes.size(), 64u);
     EXPECT_EQ(uint8_t(egress.bytes[0]), 0xe0);
-    const VarBind untagged = must_get(static_column(kUntagged, kVid));
-    ASSERT_EQ(untagged.bytes.size(), 64u);
-    EXPECT_EQ(uint8_t(untagged.bytes[0]), 0x20);
-    EXPECT_EQ(must_get(static_column(kName, kVid)).bytes, "engineering");
+    EXPECT_EQ(uint8_t(must_get(static_column(kUntagged, kVid)).bytes.at(0)), 0x20);
     EXPECT_EQ(must_get(static_column(kRowStatus, kVid)).integer, 1);
     const VarBind pvid = must_get(child(kPortVlanEntry, {1, port3}));
     EXPECT_EQ(pvid.type, kGauge32);
     EXPECT_EQ(pvid.integer, kVid);
 
     // The current table lists it as permanent, with its egress ports.
-    const std::vector<VarBind> current = reader().walk(kCurrentEntry);
-    bool listed = false;
-    for (const VarBind &vb : current)
-        if (vb.oid == child(kCurrentEntry, {6, 0, kVid})) {
-            listed = true;
-            EXPECT_EQ(vb.integer, 2);
-        }
-    EXPECT_TRUE(listed) << "VLAN " << kVid << " not in dot1qVlanCurrentTable";
+    EXPECT_EQ(must_get(child(kCurrentEntry, {6, 0, kVid})).integer, 2);
     EXPECT_EQ(uint8_t(must_get(child(kCurrentEntry, {4, 0, kVid})).bytes.at(0)), 0xe0);
 
     // Refused: notReady is no state to ask for, 0 is out of range, a name for
@@ -76,30 +66,18 @@ TEST_F(Vlans, VlanLifeFromCreateAndGoToDestroy) {
     EXPECT_EQ(must_get(child(kPortVlanEntry, {1, port3})).integer, 1) << "PVID falls back to the default VLAN";
 }
 
-// The trunk check and GVRP's write rule as a manager meets them.
-TEST_F(Vlans, PortVlanWritesOnTrunkIndexes) {
-    EXPECT_EQ(set_one(SetValue::integer32(child(kPortVlanEntry, {4, 512}), 1)), kGenErr);
-    EXPECT_EQ(set_one(SetValue::integer32(child(kPortVlanEntry, {4, trunk_index(0)}), 2)), kNoError);
-    EXPECT_EQ(must_get(child(kPortVlanEntry, {4, trunk_index(0)})).integer, 1) << "writing disabled enables GVRP";
-    EXPECT_EQ(set_one(SetValue::integer32(child(kPortVlanEntry, {4, trunk_index(0)}), 0)), kNoError);
-    EXPECT_EQ(must_get(child(kPortVlanEntry, {4, trunk_index(0)})).integer, 2);
-}
-
 // A switch with every VLAN, port and trunk: the VLAN tables are walked in one go.
-class VlanScale : public ::testing::Test {
-protected:
-    static inline std::unique_ptr<AgentProcess> agent_;
-    static void SetUpTestSuite() { agent_ = std::make_unique<AgentProcess>("scenarios/max.json"); }
-    static void TearDownTestSuite() { agent_.reset(); }
+class VlanScale : public AgentTest<VlanScale> {
+public:
+    static constexpr const char *kScenario = "scenarios/max.json";
 };
 
 TEST_F(VlanScale, WalksOfTheVlanTablesListEveryVlanQuickly) {
-    swsim::Switch sw(agent_->state_path());
     // Recreating one VLAN makes the platform flag a VLAN change: the tables
     // then list every VLAN.
-    sw.vlan_delete(4094);
-    sw.vlan_create(4094, "last");
-    Session s(agent_->port(), "public", 20000, 0);
+    sw().vlan_delete(4094);
+    sw().vlan_create(4094, "last");
+    Session s(agent().port(), "public", 20000, 0);
     const struct {
         const char *name;
         Oid entry;
