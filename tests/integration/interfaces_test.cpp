@@ -1,7 +1,7 @@
 // The interfaces group through a real snmpd over scenarios/default.json:
 // walks of ifTable and ifXTable against the switch, a port's state changed
 // by a manager and by swctl while the agent runs, and trunks made through
-// SNMP.
+// SNMP or by LACP.
 #include <cstdlib>
 
 #include "fixture.hpp"
@@ -91,6 +91,32 @@ TEST_F(Interfaces, TrunksAreMadeAndFilledThroughSnmp) {
     ASSERT_EQ(r.varbinds.size(), 2u);
     EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);
     EXPECT_EQ(r.varbinds[1].type, kNoSuchInstance);
+}
+
+// Two ports start LACP towards one partner: the switch forms a trunk, which
+// is an aggregator and a trunk row made by LACP; LACP off dissolves it.
+TEST_F(Interfaces, LacpPartnersFormAndDissolveATrunk) {
+    const Oid agg_partner_key = parse_oid("1.2.840.10006.300.43.1.1.1.1.10");
+    const Oid lacp_status = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.4.1.1.2");
+    const Oid trunk_creation = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.3.3.1.3");
+    swsim::Switch::LacpPartner partner;
+    partner.key = 5;
+    for (int p : {12, 13}) {
+        ASSERT_EQ(set_one(SetValue::integer32(child(lacp_status, {port_index(0, p)}), 1)), kNoError);
+        partner.port = p;
+        sw().lacp_set_partner(0, p, partner);
+    }
+    const int trunk0 = sw().port(0, 12).trunk0;
+    ASSERT_GE(trunk0, 0);
+    EXPECT_EQ(sw().port(0, 13).trunk0, trunk0);
+    EXPECT_EQ(must_get(child(agg_partner_key, {trunk_index(trunk0)})).integer, 5);
+    EXPECT_EQ(must_get(child(trunk_creation, {uint32_t(trunk0 + 1)})).integer, 2) << "formed by LACP";
+
+    for (int p : {12, 13}) ASSERT_EQ(set_one(SetValue::integer32(child(lacp_status, {port_index(0, p)}), 2)), kNoError);
+    EXPECT_FALSE(sw().trunk(trunk0).configured);
+    Response r = reader().get({child(agg_partner_key, {trunk_index(trunk0)})});
+    ASSERT_EQ(r.varbinds.size(), 1u);
+    EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);
 }
 
 }  // namespace

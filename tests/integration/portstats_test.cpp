@@ -34,6 +34,10 @@ TEST_F(PortStats, Dot3StatsTableWalksItsSparseColumns) {
     for (const VarBind &vb : reader().walk(kDot3StatsEntry))
         if (columns.empty() || columns.back() != vb.oid[at]) columns.push_back(vb.oid[at]);
     EXPECT_EQ(columns, (std::vector<uint32_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 16, 17, 18, 19, 20, 21}));
+
+    // The tables the switch does not keep are served without rows.
+    for (const char *table : {"1.3.6.1.2.1.10.7.5", "1.3.6.1.2.1.10.7.9", "1.3.6.1.2.1.10.7.10", "1.3.6.1.2.1.10.7.11"})
+        EXPECT_TRUE(reader().walk(parse_oid(table)).empty()) << table;
 }
 
 // Rows come and go with the switch: the very first request after a change
