@@ -421,8 +421,9 @@ SWSIM_PORT_SETTER(cfg_set_port_pause, int, model::set_port_pause)
 SWSIM_PORT_SETTER(cfg_set_port_capabilities, uint32_t, model::set_port_capabilities)
 #undef SWSIM_PORT_SETTER
 
+// No trunk exists outside 0 .. 127: 0, as for a free one.
 int cfg_check_trunk(const View &v, int trunk0) {
-    return model::trunk_in_range(trunk0) ? v.cfg->trunks[trunk0].configured != 0 : -1;
+    return model::trunk_in_range(trunk0) && v.cfg->trunks[trunk0].configured != 0;
 }
 int cfg_is_trunk_empty(const View &v, int trunk0) {
     return model::trunk_in_range(trunk0) ? model::trunk_empty(v, trunk0) : -1;
@@ -830,7 +831,11 @@ extern "C" void vxlog(int level, const char *fmt, ...) {
 
 namespace swsim {
 
-int platform_reopen() { return open_platform(true); }
+int platform_reopen() {
+    const int rc = open_platform(true);
+    if (rc == 0) model::raise_vlan_flags(platform().view);
+    return rc;
+}
 
 const std::vector<std::string> &faultable_calls() {
     static const std::vector<std::string> names = [] {

@@ -44,14 +44,11 @@ protected:
         else
             swsim::create_state_from_json(path_, json);
         ::setenv("SWSIM_STATE", path_.c_str(), 1);
+        // Each test is a client that has just attached (and is told of
+        // every VLAN).
         static bool opened = false;
         ASSERT_EQ(opened ? swsim::platform_reopen() : cfg_init(), 0);
         opened = true;
-        // Each test is a client that has just attached: told of every VLAN
-        // (cfg_init raises these flags; a reopen does not).
-        sw_status_t *st = get_status();
-        st->vlan_changed_stack[0] = st->vlan_changed_stack[1] = 1;
-        st->vlan_changed_current = st->vlan_changed_static = st->vlan_changed_private = 1;
         sw_ = std::make_unique<swsim::Switch>(path_);
         sw_->journal_enable(true);
         sw_->journal_clear();

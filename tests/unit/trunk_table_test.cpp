@@ -44,6 +44,12 @@ TEST_F(TrunkTableTest, RowsAndScalarsCountStaticAndDynamicTrunks) {
     sw().trunk_destroy(7);
     EXPECT_EQ(exists_entry_trunkTable(8), 0);
     EXPECT_EQ(rows().removed, std::vector<std::string>{"trunkTable 8"});
+    // Numbers outside 1 .. 128 name no trunk.
+    for (int32_t outside : {0, 129, 200}) {
+        EXPECT_EQ(get_trunkStatus(outside), 2) << outside;
+        EXPECT_EQ(get_trunkCreation(outside), 0) << outside;
+        EXPECT_EQ(exists_entry_trunkTable(outside), 0) << outside;
+    }
 }
 
 TEST_F(TrunkTableTest, StatusCreatesAndDestroys) {

@@ -45,8 +45,9 @@ void create_state_from_json(const std::string &state_path, const std::string &js
                             const std::string &origin = "<inline>");
 
 // Closes the platform state this process opened with cfg_init() and opens the
-// one SWSIM_STATE names now; the result is cfg_init()'s (on failure no switch
-// is open).  Pointers handed out earlier (get_status(), cfg_get_cfg()) stay
+// one SWSIM_STATE names now, as cfg_init() does (the VLAN change flags
+// raised for the client that attaches); the result is cfg_init()'s (on
+// failure no switch is open).  Pointers handed out earlier (get_status(), cfg_get_cfg()) stay
 // valid but see the old file.
 // Meant for test fixtures that run many switches in one process.
 int platform_reopen();
