@@ -2,7 +2,7 @@
 // configuration read lock, re-run the table's population over the row store,
 // free the lock.  Runs in process against the simulated switch of a scenario
 // (default: scenarios/max.json) and prints nanoseconds per refresh and per row
-// for the per-port tables, so that changes to the row store or to the
+// for some large tables, so that changes to the row store or to the
 // platform calls can be compared without the network in the way.
 //
 //   refresh_bench [SCENARIO] [REFRESHES]
@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <string>
 
+#include "agent/config_lock.hpp"
 #include "swplatform/platform.h"
 #include "swsim/control.hpp"
 #include "tables/catalogue.hpp"
@@ -34,15 +35,16 @@ struct Subject {
 
 #define SA_SUBJECT(name) \
     {#name, &init_##name, [] { init_index_##name(&name##_createEntry); }}
-const Subject kSubjects[] = {SA_SUBJECT(portTable), SA_SUBJECT(dot1dBasePortTable), SA_SUBJECT(dot1dTpPortTable)};
+const Subject kSubjects[] = {SA_SUBJECT(portTable), SA_SUBJECT(dot1dBasePortTable), SA_SUBJECT(dot1dTpPortTable),
+                             SA_SUBJECT(queuePortTable), SA_SUBJECT(ifStackTable)};
 #undef SA_SUBJECT
 
 double time_ns(const Subject &s, int refreshes) {
     const auto t0 = std::chrono::steady_clock::now();
     for (int i = 0; i < refreshes; ++i) {
-        lock_read(cfg_lock_table[0]);
+        snmpapi::config_read_lock();
         s.populate();
-        lock_free(cfg_lock_table[0]);
+        snmpapi::config_unlock();
     }
     const auto t1 = std::chrono::steady_clock::now();
     return std::chrono::duration<double, std::nano>(t1 - t0).count() / refreshes;

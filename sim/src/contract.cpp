@@ -745,14 +745,22 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
 
 using namespace swsim;
 
+// The journal and the faults are looked at only while a control handle
+// watches the switch; that path is kept out of line, so that an unwatched
+// call is a load, a test and the model's answer.
 #define SWSIM_DEFINE_STATE_CALL(ret, name, params, args, closed)                      \
-    extern "C" ret name params {                                                      \
-        if (watched()) [[unlikely]] {                                                 \
-            if (auto forced = watched_call<ret> SWSIM_PREPEND(#name, args)) return *forced; \
-        }                                                                             \
+    static inline ret name##_answer params {                                          \
         const View *v = current();                                                    \
         if (!v) return closed;                                                        \
         return impl::name SWSIM_PREPEND(*v, args);                                    \
+    }                                                                                 \
+    [[gnu::noinline, gnu::cold]] static ret name##_watched params {                   \
+        if (auto forced = watched_call<ret> SWSIM_PREPEND(#name, args)) return *forced; \
+        return name##_answer args;                                                    \
+    }                                                                                 \
+    extern "C" ret name params {                                                      \
+        if (watched()) [[unlikely]] return name##_watched args;                       \
+        return name##_answer args;                                                    \
     }
 
 #define SWSIM_DEFINE_HELPER_CALL(ret, name, params, args)                             \
