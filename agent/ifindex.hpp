@@ -55,11 +55,9 @@ template <class Visit>
 void ifindex_for_each_port(Visit &&visit, PortCount asked = PortCount::before_every_port) {
     for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
         if (!ifindex_unit_present(unit0)) continue;
-        if (asked == PortCount::once_per_unit) {
-            const int ports = cfg_equip_get_user_eth_ports(unit0);
-            for (int port0 = 0; port0 < ports; ++port0) visit(unit0, port0);
-        } else {
-            for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0) visit(unit0, port0);
+        for (int port0 = 0, ports = cfg_equip_get_user_eth_ports(unit0); port0 < ports; ++port0) {
+            visit(unit0, port0);
+            if (asked == PortCount::before_every_port) ports = cfg_equip_get_user_eth_ports(unit0);
         }
     }
 }

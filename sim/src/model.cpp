@@ -176,9 +176,8 @@ int trunk_of_port(const View &v, int unit0, int port0) {
 
 bool trunk_empty(const View &v, int trunk0) {
     for (int u = 0; u < SW_MAX_UNITS; ++u)
-        for (int w = 0; w < int(swp::cfg_image::kTrunkMemberWordsPerUnit); ++w)
-            if (swp::load_be32(v.image + swp::cfg_image::trunk_member_word_offset(trunk0, u, w * 32)))
-                return false;
+        for (int w = 0; w < kTrunkMemberWords; ++w)
+            if (trunk_member_word(v, trunk0, u, w)) return false;
     return true;
 }
 

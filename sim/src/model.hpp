@@ -55,15 +55,19 @@ inline int iface_of(const View &v, int unit0, int port0) {
 inline bool trunk_has(const View &v, int trunk0, int unit0, int port0) {
     return swp::cfg_image::trunk_has_member(v.image, trunk0, unit0, port0);
 }
+// Word w (ports 32w .. 32w + 31, bit p % 32 each) of a trunk's member
+// bitmap for one unit.
+inline uint32_t trunk_member_word(const View &v, int trunk0, int unit0, int w) {
+    return swp::load_be32(v.image + swp::cfg_image::trunk_member_word_offset(trunk0, unit0, w * 32));
+}
+inline constexpr int kTrunkMemberWords = int(swp::cfg_image::kTrunkMemberWordsPerUnit);
 // Calls fn(unit0, port0) for each member of a trunk, in port order, reading
 // the member bitmap a word at a time.
 template <class Fn>
 void for_each_trunk_member(const View &v, int trunk0, Fn fn) {
-    namespace img = swp::cfg_image;
     for (int u = 0; u < SW_MAX_UNITS; ++u)
-        for (int w = 0; w < int(img::kTrunkMemberWordsPerUnit); ++w)
-            for (uint32_t bits = swp::load_be32(v.image + img::trunk_member_word_offset(trunk0, u, w * 32)); bits;
-                 bits &= bits - 1)
+        for (int w = 0; w < kTrunkMemberWords; ++w)
+            for (uint32_t bits = trunk_member_word(v, trunk0, u, w); bits; bits &= bits - 1)
                 fn(u, w * 32 + std::countr_zero(bits));
 }
 int trunk_of_port(const View &v, int unit0, int port0);  // -1: none
