@@ -5,6 +5,8 @@
 # table-data helper with no per-request work (bench/reference_table.c).
 #
 #   bench/run.sh [REPETITIONS]        (default 5)
+#   BENCH_TABLES="ifStackTable portTable" bench/run.sh   (only those tables,
+#                                                         no whole-tree walk)
 #
 # Builds a Release tree in build-bench/ (BENCH_BUILD_DIR to change it), starts
 # snmpd on a free loopback port with libsnmpdAPI, measures the shape of each
@@ -38,6 +40,14 @@ subjects=(
   "vlanTable 1.3.6.1.4.1.99999.3.5.201.1.12.1"
   "dot1dStpPortTable 1.3.6.1.2.1.17.2.15"
 )
+if [ -n "${BENCH_TABLES:-}" ]; then
+  chosen=()
+  for s in "${subjects[@]}"; do
+    case " $BENCH_TABLES " in *" ${s%% *} "*) chosen+=("$s") ;; esac
+  done
+  [ ${#chosen[@]} -gt 0 ] || { echo "BENCH_TABLES: no table of this benchmark named" >&2; exit 2; }
+  subjects=("${chosen[@]}")
+fi
 reference=1.3.6.1.4.1.99999.999
 private=1.3.6.1.4.1.99999
 
@@ -191,8 +201,10 @@ for k in "${!subjects[@]}"; do
   label[r$k]="  its reference"; roots[r$k]=$reference.$((k + 1))
   keys+=("t$k" "r$k")
 done
-label[whole]="whole tree (${whole[*]})"; roots[whole]="${whole[*]}"
-keys+=(whole)
+if [ -z "${BENCH_TABLES:-}" ]; then
+  label[whole]="whole tree (${whole[*]})"; roots[whole]="${whole[*]}"
+  keys+=(whole)
+fi
 
 # Walks alternate between the subjects so that a change in the machine's load
 # falls on all of them alike.
