@@ -34,6 +34,14 @@ subjects=(
   "dot3StatsTable 1.3.6.1.2.1.10.7.2"
   "dot3adAggPortTable 1.2.840.10006.300.43.1.2.1"
   "queuePortTable 1.3.6.1.4.1.99999.3.5.201.1.27.1"
+  "trunkTable 1.3.6.1.4.1.99999.3.5.201.1.3.3"
+  "ddTransceiversTable 1.3.6.1.4.1.99999.3.5.201.1.28.1"
+  "rateLimitPortTable 1.3.6.1.4.1.99999.3.5.201.1.16.1"
+  "bcastStormTable 1.3.6.1.4.1.99999.3.5.201.1.11.1"
+  "lacpPortTable 1.3.6.1.4.1.99999.3.5.201.1.4.1"
+  "dot3adAggTable 1.2.840.10006.300.43.1.1.1"
+  "dot3adAggPortStatsTable 1.2.840.10006.300.43.1.2.2"
+  "dot3adAggPortDebugTable 1.2.840.10006.300.43.1.2.3"
   "dot1qVlanStaticTable 1.3.6.1.2.1.17.7.1.4.3"
   "dot1qVlanCurrentTable 1.3.6.1.2.1.17.7.1.4.2"
   "dot1qPortVlanTable 1.3.6.1.2.1.17.7.1.4.5"
@@ -181,7 +189,7 @@ walk_roots() {
 private_roots() {
   local next=$private arc
   while :; do
-    next=$(snmpgetnext "${snmp_opts[@]}" "$next" 2>/dev/null | awk '{print $1}')
+    next=$(snmpgetnext "${snmp_opts[@]}" "$next" 2>/dev/null | awk 'NR == 1 {print $1}')
     case "$next" in
       ."$private".*) ;;
       *) break ;;
@@ -191,7 +199,6 @@ private_roots() {
     next=$private.$((arc + 1))
   done
 }
-mapfile -t whole < <(echo 1.3.6.1.2.1; echo 1.2.840.10006.300.43; private_roots)
 
 declare -A label roots median_ns count samples
 keys=()
@@ -202,6 +209,7 @@ for k in "${!subjects[@]}"; do
   keys+=("t$k" "r$k")
 done
 if [ -z "${BENCH_TABLES:-}" ]; then
+  mapfile -t whole < <(echo 1.3.6.1.2.1; echo 1.2.840.10006.300.43; private_roots)
   label[whole]="whole tree (${whole[*]})"; roots[whole]="${whole[*]}"
   keys+=(whole)
 fi
