@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -25,9 +26,6 @@
 extern char **environ;
 
 namespace it {
-
-std::string source_dir() { return SOURCE_DIR; }
-std::string module_path() { return MODULE_PATH; }
 
 namespace {
 
@@ -58,7 +56,7 @@ std::string read_file(const std::string &path) {
 // conf/snmpd-builtins-off: the options that keep snmpd's own modules off the
 // OIDs the module serves.
 std::vector<std::string> builtins_off_args() {
-    std::istringstream in(read_file(source_dir() + "/conf/snmpd-builtins-off"));
+    std::istringstream in(read_file(SOURCE_DIR "/conf/snmpd-builtins-off"));
     std::vector<std::string> args;
     for (std::string word; in >> word;) args.push_back(word);
     return args;
@@ -101,7 +99,7 @@ AgentProcess::AgentProcess(const std::string &scenario) {
     log_path_ = dir_ + "/snmpd.log";
     pid_path_ = dir_ + "/snmpd.pid";
     try {
-        swsim::create_state(state_path_, source_dir() + "/" + scenario);
+        swsim::create_state(state_path_, SOURCE_DIR "/" + scenario);
         start();
     } catch (...) {
         kill_hard();
@@ -117,13 +115,10 @@ AgentProcess::~AgentProcess() {
     std::filesystem::remove_all(dir_, ec);
 }
 
-void AgentProcess::write_config() {
-    const std::string cmd = "bash '" + source_dir() + "/scripts/make-snmpd-conf.sh' '" + module_path() + "' " +
-                            std::to_string(port_) + " public private > '" + conf_path_ + "'";
-    if (std::system(cmd.c_str()) != 0) throw std::runtime_error("failed: " + cmd);
-}
-
-bool AgentProcess::spawn() {
+void AgentProcess::spawn() {
+    const std::string conf = "bash '" SOURCE_DIR "/scripts/make-snmpd-conf.sh' '" MODULE_PATH "' " +
+                             std::to_string(port_) + " public private > '" + conf_path_ + "'";
+    if (std::system(conf.c_str()) != 0) throw std::runtime_error("failed: " + conf);
     std::vector<std::string> args = {SNMPD_PATH, "-f", "-Lo", "-C", "-c", conf_path_, "-p", pid_path_};
     for (std::string &a : builtins_off_args()) args.push_back(a);
     std::vector<std::string> env = child_environment(state_path_);
@@ -147,89 +142,62 @@ bool AgentProcess::spawn() {
     }
     close(log);
     close(null);
-    return pid_ > 0;
-}
-
-bool AgentProcess::running() {
-    if (pid_ <= 0) return false;
-    int status = 0;
-    if (waitpid(pid_, &status, WNOHANG) == pid_) {
-        pid_ = -1;
-        return false;
-    }
-    return true;
+    if (pid_ < 0) throw std::runtime_error("cannot start " SNMPD_PATH);
 }
 
 bool AgentProcess::wait_until_answering() {
     Session probe(port_, "public", 100, 0);
     const Oid sys_uptime = parse_oid("1.3.6.1.2.1.1.3.0");
     for (int attempt = 0; attempt < 200; ++attempt) {
-        if (!running()) return false;
+        if (waitpid(pid_, nullptr, WNOHANG) != 0) {  // snmpd ended
+            pid_ = -1;
+            return false;
+        }
         if (probe.get({sys_uptime}).answered) return true;
     }
     return false;
 }
 
 void AgentProcess::start() {
-    if (running()) return;
     // The port may be taken between choosing it and snmpd binding it: try again.
     for (int attempt = 0; attempt < 3; ++attempt) {
         port_ = free_udp_port();
-        write_config();
-        if (!spawn()) throw std::runtime_error("cannot start " + std::string(SNMPD_PATH));
+        spawn();
         if (wait_until_answering()) return;
         kill_hard();
     }
     throw std::runtime_error("snmpd did not answer; log " + log_path_ + ":\n" + read_file(log_path_));
 }
 
-void AgentProcess::reap(int timeout_ms) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-    while (pid_ > 0) {
-        int status = 0;
-        const pid_t r = waitpid(pid_, &status, WNOHANG);
-        if (r == pid_ || (r < 0 && errno == ECHILD)) {
-            pid_ = -1;
-            return;
-        }
-        if (std::chrono::steady_clock::now() >= deadline) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-}
-
 void AgentProcess::stop() {
     if (pid_ <= 0) return;
     kill(pid_, SIGTERM);
-    reap(5000);
+    for (int waited_ms = 0; waited_ms < 5000; waited_ms += 10) {
+        if (waitpid(pid_, nullptr, WNOHANG) != 0) {
+            pid_ = -1;
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
     kill_hard();
 }
 
 void AgentProcess::kill_hard() {
     if (pid_ <= 0) return;
     kill(pid_, SIGKILL);
-    int status = 0;
-    waitpid(pid_, &status, 0);
+    waitpid(pid_, nullptr, 0);
     pid_ = -1;
 }
 
-std::vector<std::string> AgentProcess::log_lines_with(const std::vector<std::string> &marks) const {
+std::vector<std::string> AgentProcess::problems() const {
+    static const char *const kMarks[] = {"ERROR: AddressSanitizer", "runtime error", "duplicate registration",
+                                         "dlsym failed", "dlopen failed"};
     std::vector<std::string> found;
     std::istringstream in(read_file(log_path_));
     for (std::string line; std::getline(in, line);)
-        for (const std::string &m : marks)
-            if (line.find(m) != std::string::npos) {
-                found.push_back(line);
-                break;
-            }
+        if (std::any_of(std::begin(kMarks), std::end(kMarks), [&](const char *m) { return line.find(m) != line.npos; }))
+            found.push_back(line);
     return found;
-}
-
-std::vector<std::string> AgentProcess::sanitizer_reports() const {
-    return log_lines_with({"ERROR: AddressSanitizer", "runtime error"});
-}
-
-std::vector<std::string> AgentProcess::startup_problems() const {
-    return log_lines_with({"duplicate registration", "dlsym failed", "dlopen failed"});
 }
 
 }  // namespace it

@@ -12,48 +12,38 @@
 
 namespace it {
 
-// Paths and settings the build gives the tests.
-std::string source_dir();
-std::string module_path();
-
 class AgentProcess {
 public:
     // Creates the directory and the switch state from the scenario (a path
     // relative to the source tree), then starts the agent.
-    explicit AgentProcess(const std::string &scenario = "scenarios/default.json");
+    explicit AgentProcess(const std::string &scenario);
     ~AgentProcess();  // stops the agent, removes the directory
     AgentProcess(const AgentProcess &) = delete;
     AgentProcess &operator=(const AgentProcess &) = delete;
 
     uint16_t port() const { return port_; }
     const std::string &state_path() const { return state_path_; }
-    bool running();
 
     // Starts snmpd and waits (bounded) until it answers a GET; throws when
     // it does not come up.
     void start();
-    // SIGTERM, then SIGKILL when it does not end in time; reaps it.
+    // SIGTERM, then SIGKILL when it does not end in time.
     void stop();
-    // SIGKILL at once, as a crash would; reaps it.
+    // SIGKILL at once, as a crash would.
     void kill_hard();
 
-    // Lines of the agent's log that show a fault of the module's code:
-    // AddressSanitizer and UndefinedBehaviorSanitizer reports.
-    std::vector<std::string> sanitizer_reports() const;
-    // Lines that show a faulty start: the module not loaded, or an OID
-    // registered twice (a built-in module of snmpd serving the module's OIDs).
-    std::vector<std::string> startup_problems() const;
+    // Lines of the agent's log that show a fault of the module: sanitizer
+    // reports, the module not loaded, or an OID registered twice (a built-in
+    // module of snmpd serving the module's OIDs).
+    std::vector<std::string> problems() const;
 
 private:
     std::string dir_, state_path_, conf_path_, log_path_, pid_path_;
     uint16_t port_ = 0;
     pid_t pid_ = -1;
 
-    void write_config();
-    bool spawn();
+    void spawn();
     bool wait_until_answering();
-    void reap(int timeout_ms);
-    std::vector<std::string> log_lines_with(const std::vector<std::string> &marks) const;
 };
 
 }  // namespace it

@@ -14,19 +14,17 @@ struct CatalogueObject {
     std::string_view name;
     bool table;   // else a scalar
     bool served;  // scalars: state ON; tables: REGISTERED and BUILT
-    bool hidden;  // tables built but never registered
     Oid oid;      // scalars without the instance 0
 };
 
 inline const std::vector<CatalogueObject> &catalogue() {
     static const std::vector<CatalogueObject> objects = {
 #define SCALAR(name, access, type, range, handler, state, ...) \
-    {#name, false, std::string_view(#state) == "ON", false, Oid{__VA_ARGS__}},
+    {#name, false, std::string_view(#state) == "ON", Oid{__VA_ARGS__}},
 #include "scalars/catalogue.def"
 #undef SCALAR
-#define TABLE(name, access, registration, state, indexes, lo, hi, writable, ...)                    \
-    {#name, true, std::string_view(#registration) == "REGISTERED" && std::string_view(#state) == "BUILT", \
-     std::string_view(#registration) == "UNREGISTERED", Oid{__VA_ARGS__}},
+#define TABLE(name, access, registration, state, indexes, lo, hi, writable, ...) \
+    {#name, true, std::string_view(#registration) == "REGISTERED" && std::string_view(#state) == "BUILT", Oid{__VA_ARGS__}},
 #include "tables/catalogue.def"
 #undef TABLE
     };

@@ -24,7 +24,7 @@ TEST_F(Interfaces, WalksListEveryPortAndTrunkInEveryColumn) {
         EXPECT_EQ(row_indexes(if_walk, child(kIfEntry, {column})), rows) << "ifTable column " << column;
     for (uint32_t column = 1; column <= 19; ++column)
         EXPECT_EQ(row_indexes(ifx_walk, child(kIfXEntry, {column})), rows) << "ifXTable column " << column;
-    ASSERT_EQ(must_get(oids::kIfNumber).integer, int64_t(rows.size()));
+    EXPECT_EQ(must_get(oids::kIfNumber).integer, int64_t(rows.size()));
 
     // The 64-bit counters travel whole; the 32-bit ones are their low half.
     sw().set_counter(0, 19, 0, (uint64_t(3) << 32) + 77);  // 1/20: link down, nothing moves
@@ -68,7 +68,8 @@ TEST_F(Interfaces, TrunksAreMadeAndFilledThroughSnmp) {
 
     // 1/10 and 1/11: bits 0x40 and 0x20 of octet 1, written and read.
     ASSERT_EQ(set_one(SetValue::octets(column(2, 9), std::string("\x00\x60", 2))), kNoError);
-    EXPECT_EQ(sw().trunk(8).members, (std::vector<std::pair<int, int>>{{0, 9}, {0, 10}}));
+    const std::vector<std::pair<int, int>> members = {{0, 9}, {0, 10}};
+    EXPECT_EQ(sw().trunk(8).members, members);
     std::string expected(64, '\0');
     expected[1] = 0x60;
     EXPECT_EQ(must_get(column(2, 9)).bytes, expected);
@@ -76,7 +77,7 @@ TEST_F(Interfaces, TrunksAreMadeAndFilledThroughSnmp) {
 
     // 1/23 belongs to trunk 1: refused, the trunk keeps its members.
     EXPECT_EQ(set_one(SetValue::octets(column(2, 9), std::string("\x00\x60\x02", 3))), kGenErr);
-    EXPECT_EQ(sw().trunk(8).members.size(), 2u);
+    EXPECT_EQ(sw().trunk(8).members, members);
     EXPECT_EQ(sw().trunk(0).members.size(), 2u);
 
     // Writing the ports of a trunk that does not exist makes it, row and all.
@@ -87,10 +88,8 @@ TEST_F(Interfaces, TrunksAreMadeAndFilledThroughSnmp) {
     ASSERT_EQ(set_one(SetValue::integer32(column(4, 9), 2)), kNoError);
     EXPECT_FALSE(sw().trunk(8).configured);
     EXPECT_EQ(sw().port(0, 9).trunk0, -1);
-    Response r = reader().get({column(3, 9), if_column(2, trunk_index(8))});
-    ASSERT_EQ(r.varbinds.size(), 2u);
-    EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);
-    EXPECT_EQ(r.varbinds[1].type, kNoSuchInstance);
+    EXPECT_EQ(type_of(column(3, 9)), kNoSuchInstance);
+    EXPECT_EQ(type_of(if_column(2, trunk_index(8))), kNoSuchInstance);
 }
 
 // Two ports start LACP towards one partner: the switch forms a trunk, which
@@ -114,9 +113,7 @@ TEST_F(Interfaces, LacpPartnersFormAndDissolveATrunk) {
 
     for (int p : {12, 13}) ASSERT_EQ(set_one(SetValue::integer32(child(lacp_status, {port_index(0, p)}), 2)), kNoError);
     EXPECT_FALSE(sw().trunk(trunk0).configured);
-    Response r = reader().get({child(agg_partner_key, {trunk_index(trunk0)})});
-    ASSERT_EQ(r.varbinds.size(), 1u);
-    EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);
+    EXPECT_EQ(type_of(child(agg_partner_key, {trunk_index(trunk0)})), kNoSuchInstance);
 }
 
 }  // namespace

@@ -13,14 +13,9 @@ namespace it {
 
 Oid parse_oid(const std::string &dotted) {
     Oid out;
-    std::size_t pos = 0;
-    if (!dotted.empty() && dotted[0] == '.') pos = 1;
-    while (pos < dotted.size()) {
-        std::size_t end = dotted.find('.', pos);
-        if (end == std::string::npos) end = dotted.size();
-        out.push_back(uint32_t(std::stoul(dotted.substr(pos, end - pos))));
-        pos = end + 1;
-    }
+    std::istringstream in(dotted);
+    for (std::string arc; std::getline(in, arc, '.');)
+        if (!arc.empty()) out.push_back(uint32_t(std::stoul(arc)));
     return out;
 }
 
@@ -44,16 +39,14 @@ std::string describe(const VarBind &vb) {
     os << to_string(vb.oid) << " type 0x" << std::hex << int(vb.type) << std::dec << " = ";
     switch (vb.type) {
     case kOctetString:
-    case kIpAddress: {
-        const bool printable = std::all_of(vb.bytes.begin(), vb.bytes.end(), [](char c) { return c >= 32 && c < 127; });
-        if (printable) {
-            os << '"' << vb.bytes << '"';
-        } else {
-            os << "hex";
-            for (unsigned char c : vb.bytes) os << ' ' << "0123456789abcdef"[c >> 4] << "0123456789abcdef"[c & 15];
+    case kIpAddress:
+        os << '"';
+        for (unsigned char c : vb.bytes) {
+            if (c >= 32 && c < 127) os << c;
+            else os << "\\x" << "0123456789abcdef"[c >> 4] << "0123456789abcdef"[c & 15];
         }
+        os << '"';
         break;
-    }
     case kObjectId:
         os << to_string(vb.objid);
         break;
@@ -184,7 +177,7 @@ std::vector<VarBind> Session::walk(const Oid &root, int max_repetitions) {
         if (!r.answered || r.error_status != kNoError || r.varbinds.empty()) return out;
         for (VarBind &vb : r.varbinds) {
             if (vb.type == kEndOfMibView || !starts_with(vb.oid, root)) return out;
-            const bool increases = std::lexicographical_compare(cursor.begin(), cursor.end(), vb.oid.begin(), vb.oid.end());
+            const bool increases = cursor < vb.oid;
             out.push_back(vb);
             if (!increases) return out;
             cursor = vb.oid;

@@ -13,7 +13,7 @@ const Oid kStaticEntry = parse_oid("1.3.6.1.2.1.17.7.1.4.3.1");
 const Oid kCurrentEntry = parse_oid("1.3.6.1.2.1.17.7.1.4.2.1");
 const Oid kPortVlanEntry = parse_oid("1.3.6.1.2.1.17.7.1.4.5.1");
 const Oid kPrivateVlanEntry = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.12.1.1");
-enum StaticColumn : uint32_t { kName = 1, kEgress = 2, kForbidden = 3, kUntagged = 4, kRowStatus = 5 };
+enum StaticColumn : uint32_t { kName = 1, kEgress = 2, kUntagged = 4, kRowStatus = 5 };
 
 Oid static_column(uint32_t column, uint32_t vid) { return child(kStaticEntry, {column, vid}); }
 SetValue gauge(Oid oid, int64_t value) { return {std::move(oid), kGauge32, value, {}}; }
@@ -37,10 +37,9 @@ TEST_F(Vlans, VlanLifeFromCreateAndGoToDestroy) {
     ASSERT_EQ(set_one(gauge(child(kPortVlanEntry, {1, port3}), kVid)), kNoError);
 
     // Read back as a manager sees it: two units, so 64 octets.
-    const VarBind egress = must_get(static_column(kEgress, kVid));
-    ASSERT_EQ(egress.bytes.size(), 64u);
-    EXPECT_EQ(uint8_t(egress.bytes[0]), 0xe0);
-    EXPECT_EQ(uint8_t(must_get(static_column(kUntagged, kVid)).bytes.at(0)), 0x20);
+    const std::string egress = "\xe0" + std::string(63, '\0');
+    EXPECT_EQ(must_get(static_column(kEgress, kVid)).bytes, egress);
+    EXPECT_EQ(must_get(static_column(kUntagged, kVid)).bytes, "\x20" + std::string(63, '\0'));
     EXPECT_EQ(must_get(static_column(kRowStatus, kVid)).integer, 1);
     const VarBind pvid = must_get(child(kPortVlanEntry, {1, port3}));
     EXPECT_EQ(pvid.type, kGauge32);
@@ -48,7 +47,7 @@ TEST_F(Vlans, VlanLifeFromCreateAndGoToDestroy) {
 
     // The current table lists it as permanent, with its egress ports.
     EXPECT_EQ(must_get(child(kCurrentEntry, {6, 0, kVid})).integer, 2);
-    EXPECT_EQ(uint8_t(must_get(child(kCurrentEntry, {4, 0, kVid})).bytes.at(0)), 0xe0);
+    EXPECT_EQ(must_get(child(kCurrentEntry, {4, 0, kVid})).bytes, egress);
 
     // Refused: notReady is no state to ask for, 0 is out of range, a name for
     // a VLAN that does not exist.
@@ -59,10 +58,7 @@ TEST_F(Vlans, VlanLifeFromCreateAndGoToDestroy) {
 
     ASSERT_EQ(set_one(SetValue::integer32(static_column(kRowStatus, kVid), 6)), kNoError);
     EXPECT_FALSE(sw().vlan(kVid).exists);
-    Response r = reader().get({static_column(kName, kVid)});
-    ASSERT_TRUE(r.answered);
-    ASSERT_EQ(r.varbinds.size(), 1u);
-    EXPECT_TRUE(r.varbinds[0].is_exception()) << describe(r.varbinds[0]);
+    EXPECT_EQ(type_of(static_column(kName, kVid)), kNoSuchInstance);
     EXPECT_EQ(must_get(child(kPortVlanEntry, {1, port3})).integer, 1) << "PVID falls back to the default VLAN";
 }
 
