@@ -15,6 +15,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -32,25 +33,21 @@ namespace {
 // A loopback UDP port that nothing is bound to right now.
 uint16_t free_udp_port() {
     const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    if (fd < 0) throw std::runtime_error("socket: " + std::string(std::strerror(errno)));
     sockaddr_in a{};
     a.sin_family = AF_INET;
     a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t len = sizeof a;
-    if (bind(fd, reinterpret_cast<sockaddr *>(&a), sizeof a) != 0 ||
-        getsockname(fd, reinterpret_cast<sockaddr *>(&a), &len) != 0) {
-        close(fd);
-        throw std::runtime_error("bind: " + std::string(std::strerror(errno)));
-    }
-    close(fd);
+    const bool bound = fd >= 0 && bind(fd, reinterpret_cast<sockaddr *>(&a), sizeof a) == 0 &&
+                       getsockname(fd, reinterpret_cast<sockaddr *>(&a), &len) == 0;
+    const std::string why = std::strerror(errno);
+    if (fd >= 0) close(fd);
+    if (!bound) throw std::runtime_error("no free UDP port: " + why);
     return ntohs(a.sin_port);
 }
 
 std::string read_file(const std::string &path) {
     std::ifstream in(path);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 // conf/snmpd-builtins-off: the options that keep snmpd's own modules off the
