@@ -46,10 +46,26 @@ inline uint32_t trunk_index(int trunk0) { return uint32_t(513 + trunk0); }
 
 // The indexes of the port rows the switch has now: the ports of the present
 // units, then the configured trunks that have members.
-std::vector<uint32_t> expected_port_rows(const swsim::Switch &sw);
+inline std::vector<uint32_t> expected_port_rows(const swsim::Switch &sw) {
+    std::vector<uint32_t> rows;
+    for (int u = 0; u < 8; ++u) {
+        const swsim::UnitInfo unit = sw.unit(u);
+        for (int p = 0; unit.present && p < unit.ports; ++p) rows.push_back(port_index(u, p));
+    }
+    for (int t = 0; t < 128; ++t) {
+        const swsim::TrunkInfo trunk = sw.trunk(t);
+        if (trunk.configured && !trunk.members.empty()) rows.push_back(trunk_index(t));
+    }
+    return rows;
+}
 
 // The last sub-identifier of each varbind whose OID lies under prefix.
-std::vector<uint32_t> row_indexes(const std::vector<VarBind> &walk, const Oid &column_prefix);
+inline std::vector<uint32_t> row_indexes(const std::vector<VarBind> &walk, const Oid &column_prefix) {
+    std::vector<uint32_t> rows;
+    for (const VarBind &vb : walk)
+        if (starts_with(vb.oid, column_prefix) && vb.oid.size() > column_prefix.size()) rows.push_back(vb.oid.back());
+    return rows;
+}
 
 template <class Suite>
 class AgentTest : public ::testing::Test {
