@@ -44,29 +44,23 @@ TEST_F(PortListSingleUnit, ReadPacksPortsMostSignificantFirstAndWritesBack) {
     size_t length = 7;
     const std::set<Port> members{{0, 0}, {0, 9}, {0, 27}};
     pl::read(area.data(), area.size(), &length, [&](int u, int p) { return members.count({u, p}) != 0; });
+    std::array<uint8_t, pl::kAreaSize> expected{0x80, 0x40, 0, 0x10};
+    EXPECT_EQ(area, expected);
     EXPECT_EQ(length, 32u);
-    EXPECT_EQ(area[0], 0x80);
-    EXPECT_EQ(area[1], 0x40);
-    EXPECT_EQ(area[2], 0);
-    EXPECT_EQ(area[3], 0x10);
-    for (size_t i = 4; i < area.size(); ++i) ASSERT_EQ(area[i], 0) << i;
 
     // On one unit the layouts coincide: what is read writes back the same ports.
     std::set<Port> written;
-    pl::write_walk(area.data(), length, [&](int u, int p, pl::Bit b) {
+    for (const auto &[u, p, b] : walk(std::vector<uint8_t>(area.begin(), area.end()), length))
         if (b == pl::Bit::set) written.insert({u, p});
-        return 0;
-    });
     EXPECT_EQ(written, members);
-}
 
-TEST_F(PortListSingleUnit, NoPresentUnitLeavesTheLengthAlone) {
+    // With no unit present the length is left alone; the area is cleared all the same.
     sw().set_unit_present(0, false);
-    uint8_t area[pl::kAreaSize] = {0xff};
-    size_t length = 5;
-    pl::read(area, 8, &length, [](int, int) { return true; });
+    area.fill(0xff);
+    length = 5;
+    pl::read(area.data(), 8, &length, [](int, int) { return true; });
     EXPECT_EQ(length, 5u);
-    EXPECT_EQ(area[0], 0);  // cleared all the same
+    EXPECT_EQ(area[0], 0);
 }
 
 TEST_F(PortListSingleUnit, WriteWalkSkipsTheLowBitOfEveryOctet) {
