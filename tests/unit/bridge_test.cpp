@@ -103,9 +103,7 @@ TEST_F(FdbTest, SnapshotIsReleasedAfterFirstUse) {
 
     // The address column answers from its index and releases the snapshot.
     init_index_dot1dTpFdbTable(add_mac_row);
-    size_t len = 0;
-    const uint8_t *mac = get_dot1dTpFdbAddress(kOnUnit3, 6, &len);
-    EXPECT_EQ(mac_text(mac, len), "00:11:22:33:44:02");
+    EXPECT_EQ(read_octets(get_dot1dTpFdbAddress, kOnUnit3, size_t(6)), std::vector<uint8_t>(kOnUnit3, kOnUnit3 + 6));
     EXPECT_EQ(get_dot1dTpFdbStatus(kOnUnit3, 6), 0);
 
     // A failed fetch adds no rows.

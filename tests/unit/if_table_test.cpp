@@ -148,9 +148,8 @@ TEST_F(IfTableTest, TrapsAliasesAndAddresses) {
 
     // A VLAN interface shows the switch's own address; a failed read none.
     auto address = [](int32_t i) {
-        size_t len = 0;
-        const uint8_t *mac = get_ifPhysAddress(i, &len);
-        return mac_text(mac, len);
+        const std::vector<uint8_t> mac = read_octets(get_ifPhysAddress, i);
+        return mac_text(mac.data(), mac.size());
     };
     EXPECT_EQ(address(1), "02:00:5e:10:00:01");
     EXPECT_EQ(address(1030), "02:00:5e:10:00:00");

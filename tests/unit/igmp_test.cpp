@@ -112,9 +112,9 @@ TEST_F(IgmpTest, FailedAddEndsTheWriteFailedRemovalDoesNot) {
     // The first call adds a port and fails: the write stops there.
     sw().fault_set("cfg_set_igmp_set_mcast", -7, 1);
     const uint8_t add_first[1] = {0x80};
-    size_t n = count_calls("cfg_set_igmp_set_mcast",
-                           [&] { EXPECT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, add_first, 1), -7); });
-    EXPECT_EQ(n, 1u);
+    EXPECT_EQ(count_calls("cfg_set_igmp_set_mcast",
+                          [&] { EXPECT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, add_first, 1), -7); }),
+              1u);
     // A group on a VLAN that does not exist cannot be made.
     EXPECT_LT(set_igmpSnoopMulticastStaticPorts(30, kGroupA, add_first, 1), 0);
 }
