@@ -248,25 +248,26 @@ TEST_F(VlanTest, PortWritesInTheTrunkRangeNeedTheTrunk) {
     using Setter = int (*)(int32_t, int32_t);
     const Setter setters[] = {set_dot1qPortAcceptableFrameTypes, set_dot1qPortIngressFiltering, set_dot1qPortGvrpStatus};
     for (const Case &c : cases) {
-        auto calls = calls_of([&] {
+        SCOPED_TRACE(c.index);
+        const auto calls = calls_of([&] {
             if (c.index == 640) {
                 EXPECT_LT(set_dot1qPvid(c.index, 10), 0);  // unchecked; the platform has no trunk 127
                 return;
             }
-            EXPECT_EQ(set_dot1qPvid(c.index, 10), c.result) << c.index;
-            for (Setter s : setters) EXPECT_EQ(s(c.index, 1), c.result) << c.index;
+            EXPECT_EQ(set_dot1qPvid(c.index, 10), c.result);
+            for (Setter s : setters) EXPECT_EQ(s(c.index, 1), c.result);
         });
         size_t checks = 0, writes = 0;
         for (const auto &call : calls) {
             if (call.call == "cfg_check_trunk") {
                 ++checks;
-                EXPECT_EQ(call.args, c.asked) << c.index;
+                EXPECT_EQ(call.args, c.asked);
             }
             writes += call.call.rfind("cfg_set_", 0) == 0;
         }
-        EXPECT_EQ(checks, *c.asked ? 4u : 0u) << c.index;
+        EXPECT_EQ(checks, *c.asked ? 4u : 0u);
         if (c.result < 0 && *c.asked) {
-            EXPECT_EQ(writes, 0u) << c.index;
+            EXPECT_EQ(writes, 0u);
         }
     }
 }
