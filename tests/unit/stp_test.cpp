@@ -55,7 +55,7 @@ TEST(StpRecords, PortStateFieldsSitAtTheirOffsets) {
     std::memcpy(raw + 44, dbridge, 8);
     raw[52] = 0x80, raw[53] = 0x19;
     raw[129] = 1;
-    raw[130] = 1;
+    raw[130] = 2;  // told apart from point-to-point
     const auto r = swp::stp_port_state::decode(raw);
     EXPECT_EQ(r.state, 3u);
     EXPECT_EQ(r.path_cost, 20000000u);
@@ -65,7 +65,7 @@ TEST(StpRecords, PortStateFieldsSitAtTheirOffsets) {
     EXPECT_EQ(r.designated_bridge.prio, 0x8001);
     EXPECT_EQ(octets(r.designated_port, 2), (Octets{0x80, 0x19}));
     EXPECT_EQ(r.oper_point_to_point, 1);
-    EXPECT_EQ(r.oper_edge, 1);
+    EXPECT_EQ(r.oper_edge, 2);
     uint8_t again[swp::stp_port_state::kSize];
     swp::stp_port_state::encode(r, again);
     EXPECT_EQ(octets(again, sizeof again), octets(raw, sizeof raw));
