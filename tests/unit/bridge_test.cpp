@@ -103,9 +103,7 @@ TEST_F(FdbTest, SnapshotIsReleasedAfterFirstUse) {
 
     // The address column answers from its index and releases the snapshot.
     init_index_dot1dTpFdbTable(add_mac_row);
-    size_t len = 0;
-    const uint8_t *mac = get_dot1dTpFdbAddress(kOnUnit3, 6, &len);
-    EXPECT_EQ(mac_text(mac, len), "00:11:22:33:44:02");
+    EXPECT_EQ(read_octets(get_dot1dTpFdbAddress, kOnUnit3, size_t(6)), std::vector<uint8_t>(kOnUnit3, kOnUnit3 + 6));
     EXPECT_EQ(get_dot1dTpFdbStatus(kOnUnit3, 6), 0);
 
     // A failed fetch adds no rows.
@@ -146,9 +144,8 @@ TEST_F(FdbTest, Dot1qRowsByVlan) {
 TEST_F(FdbTest, DynamicCount) {
     EXPECT_EQ(init_index_dot1qFdbTable(add_gauge_row), 0);
     EXPECT_EQ(rows().ints, std::vector<int32_t>{1});
-    auto made = calls_of([] { EXPECT_EQ(get_dot1qFdbDynamicCount(1), 3u); });
-    ASSERT_EQ(made.size(), 1u);
-    EXPECT_EQ(made[0].args, "64,-33,0,0,0,0,0");
+    EXPECT_EQ(call_texts([] { EXPECT_EQ(get_dot1qFdbDynamicCount(1), 3u); }),
+              std::vector<std::string>{"cfg_get_mac_address_table(64,-33,0,0,0,0,0)"});
     // -150 still carries the count; any other failure counts nothing.
     sw().fault_set("cfg_get_mac_address_table", -150, 1);
     EXPECT_EQ(get_dot1qFdbDynamicCount(1), 3u);

@@ -13,11 +13,7 @@ protected:
         return R"({"eaps": [{"id": 0, "name": "ring-A", "master": true, "state": 2},
                             {"id": 5, "name": "ring-B", "state": 4}]})";
     }
-    static std::string name(int32_t id) {
-        size_t len = 99;
-        const uint8_t *p = get_eapsInfoName(id, &len);
-        return text(p, len);
-    }
+    static std::string name(int32_t id) { return read_text(get_eapsInfoName, id); }
 };
 
 TEST_F(EapsTest, ConfiguredDomainsAreTheRows) {

@@ -53,11 +53,9 @@ TEST_F(EtherStatsTest, EachCounterReadsItsOwnStatisticTruncatedTo32Bits) {
 }
 
 TEST_F(EtherStatsTest, DuplexStatusFollowsTheLink) {
-    EXPECT_EQ(get_dot3StatsDuplexStatus(1), 3);   // full
-    EXPECT_EQ(get_dot3StatsDuplexStatus(2), 2);   // half
-    EXPECT_EQ(get_dot3StatsDuplexStatus(3), 1);   // link down: unknown
-    EXPECT_EQ(get_dot3StatsDuplexStatus(513), 1); // no status record of its own
-    EXPECT_EQ(get_dot3StatsDuplexStatus(0), 1);
+    // Full, half, link down, a trunk (no status record of its own), index 0.
+    const std::pair<int32_t, int32_t> cases[] = {{1, 3}, {2, 2}, {3, 1}, {513, 1}, {0, 1}};
+    for (auto [i, duplex] : cases) EXPECT_EQ(get_dot3StatsDuplexStatus(i), duplex) << i;
     sw().set_link(0, 0, false);
     EXPECT_EQ(get_dot3StatsDuplexStatus(1), 1);
 }

@@ -22,6 +22,19 @@ namespace unit {
 inline std::string text(const uint8_t *p, size_t len) { return std::string(reinterpret_cast<const char *>(p), len); }
 inline const uint8_t *bytes(const char *s) { return reinterpret_cast<const uint8_t *>(s); }
 
+// An octet-string getter's value (its index arguments first) as text or octets.
+template <class Get, class... Index>
+std::string read_text(Get get, Index... index) {
+    size_t len = 99;
+    const uint8_t *p = get(index..., &len);
+    return text(p, len);
+}
+template <class Get, class... Index>
+std::vector<uint8_t> read_octets(Get get, Index... index) {
+    const std::string s = read_text(get, index...);
+    return std::vector<uint8_t>(s.begin(), s.end());
+}
+
 class SwitchTest : public ::testing::Test {
 protected:
     // The test's scenario as JSON; empty selects scenarios/default.json.
@@ -63,12 +76,24 @@ protected:
         body();
         return sw_->journal();
     }
-    // How many of them are calls of `name`.
+    // The same as "call(args)" texts.
+    template <class Body>
+    std::vector<std::string> call_texts(Body &&body) {
+        std::vector<std::string> out;
+        for (const auto &c : calls_of(body)) out.push_back(c.call + "(" + c.args + ")");
+        return out;
+    }
+    // Those of them that are calls of `name`.
+    template <class Body>
+    std::vector<swsim::JournalEntry> calls_named(const std::string &name, Body &&body) {
+        std::vector<swsim::JournalEntry> out;
+        for (auto &c : calls_of(body))
+            if (c.call == name) out.push_back(c);
+        return out;
+    }
     template <class Body>
     size_t count_calls(const std::string &name, Body &&body) {
-        size_t n = 0;
-        for (const auto &c : calls_of(body)) n += c.call == name;
-        return n;
+        return calls_named(name, body).size();
     }
 
 private:

@@ -7,6 +7,8 @@
 namespace unit {
 namespace {
 
+using Calls = std::vector<std::string>;
+
 class IfTableTest : public SwitchTest {
 protected:
     // Unit 1: 1/1-8 up at 1000 in trunk 1 (first three) and trunk 2 (next
@@ -25,11 +27,7 @@ protected:
                              {"vid": 30, "name": "lab", "untagged": ["1/10"]},
                              {"vid": 4094, "name": "last", "untagged": ["1/12"]}]})";
     }
-    static std::string alias(int32_t i) {
-        size_t len = 0;
-        const uint8_t *p = get_ifAlias(i, &len);
-        return text(p, len);
-    }
+    static std::string alias(int32_t i) { return read_text(get_ifAlias, i); }
     // The stack population as the table handler runs it: under the read lock.
     std::vector<std::string> stack_rows() {
         rows().clear();
@@ -42,29 +40,25 @@ protected:
 };
 
 TEST_F(IfTableTest, SpeedsOfPortsAndTrunks) {
-    // Three members at 1000: 3 Gbit/s; five: above the 4000 Mbit/s cap.
-    EXPECT_EQ(get_ifSpeed(513), 3000000000u);
-    EXPECT_EQ(get_ifHighSpeed(513), 3000u);
-    EXPECT_EQ(get_ifSpeed(514), 4294967295u);
-    EXPECT_EQ(get_ifHighSpeed(514), 5000u);
-    // Only members whose link is up count.
-    sw().set_link(0, 0, false);
-    EXPECT_EQ(get_ifSpeed(513), 2000000000u);
-    EXPECT_EQ(get_ifHighSpeed(513), 2000u);
-    // A port that is down reports its second speed word.
-    EXPECT_EQ(get_ifSpeed(9), 100000000u);
-    EXPECT_EQ(get_ifHighSpeed(9), 100u);
-    EXPECT_EQ(get_ifSpeed(11), 100000000u);
-    EXPECT_EQ(get_ifSpeed(26), 4294967295u);
-    EXPECT_EQ(get_ifHighSpeed(26), 10000u);
-    // A speed the mapping does not know reads 0.
-    get_status()->units[0].ports[10].speed = 2500;
-    EXPECT_EQ(get_ifSpeed(11), 0u);
-    EXPECT_EQ(get_ifHighSpeed(11), 0u);
+    struct Speed {
+        int32_t index;
+        uint32_t bps, mbps;
+    };
+    auto check = [](std::initializer_list<Speed> speeds) {
+        for (const Speed &s : speeds) {
+            EXPECT_EQ(get_ifSpeed(s.index), s.bps) << s.index;
+            EXPECT_EQ(get_ifHighSpeed(s.index), s.mbps) << s.index;
+        }
+    };
+    // Trunk 1: three members at 1000; trunk 2: five, above the 4000 Mbit/s
+    // cap.  A port that is down reports its second speed word (1/9, 1/11).
     // VLAN interfaces have no speed; indexes beyond the stack read 0.
-    EXPECT_EQ(get_ifSpeed(1030), 0u);
-    EXPECT_EQ(get_ifHighSpeed(1030), 0u);
-    EXPECT_EQ(get_ifSpeed(5095), 0u);
+    check({{513, 3000000000u, 3000}, {514, 4294967295u, 5000}, {9, 100000000u, 100}, {11, 100000000u, 100},
+           {26, 4294967295u, 10000}, {1030, 0, 0}, {5095, 0, 0}});
+    // Only members whose link is up count; a speed the mapping does not know reads 0.
+    sw().set_link(0, 0, false);
+    get_status()->units[0].ports[10].speed = 2500;
+    check({{513, 2000000000u, 2000}, {11, 0, 0}});
 }
 
 TEST_F(IfTableTest, TypesFollowTheTextTrunkRange) {
@@ -117,21 +111,14 @@ TEST_F(IfTableTest, AdministrativeStatus) {
     EXPECT_FALSE(sw().port(0, 9).admin);
     EXPECT_EQ(get_ifAdminStatus(10), 2);
     // A trunk is switched at its port address in one call.
-    auto made = calls_of([] { EXPECT_EQ(set_ifAdminStatus(514, 2), 0); });
-    ASSERT_EQ(made.size(), 2u);
-    EXPECT_EQ(made[0].call, "cfg_check_trunk");
-    EXPECT_EQ(made[0].args, "1");
-    EXPECT_EQ(made[1].call, "cfg_set_port_enabled");
-    EXPECT_EQ(made[1].args, "0,513,0");
+    EXPECT_EQ(call_texts([] { EXPECT_EQ(set_ifAdminStatus(514, 2), 0); }),
+              (Calls{"cfg_check_trunk(1)", "cfg_set_port_enabled(0,513,0)"}));
     // Refused without a write: testing(3), a VLAN, an unconfigured trunk.
     for (auto [index, value] : std::initializer_list<std::pair<int32_t, int32_t>>{{10, 3}, {1005, 1}, {520, 1}})
         EXPECT_EQ(count_calls("cfg_set_port_enabled", [&] { EXPECT_LT(set_ifAdminStatus(index, value), 0); }), 0u)
             << index;
     // 512 is tested as trunk 511, which the platform does not have: refused.
-    made = calls_of([] { EXPECT_LT(set_ifAdminStatus(512, 1), 0); });
-    ASSERT_EQ(made.size(), 1u);
-    EXPECT_EQ(made[0].call, "cfg_check_trunk");
-    EXPECT_EQ(made[0].args, "511");
+    EXPECT_EQ(call_texts([] { EXPECT_LT(set_ifAdminStatus(512, 1), 0); }), Calls{"cfg_check_trunk(511)"});
     // VLAN interfaces read their VLAN's state.
     EXPECT_EQ(get_ifAdminStatus(1030), 1);
     EXPECT_EQ(get_ifAdminStatus(1031), 2);
@@ -161,9 +148,8 @@ TEST_F(IfTableTest, TrapsAliasesAndAddresses) {
 
     // A VLAN interface shows the switch's own address; a failed read none.
     auto address = [](int32_t i) {
-        size_t len = 0;
-        const uint8_t *mac = get_ifPhysAddress(i, &len);
-        return mac_text(mac, len);
+        const std::vector<uint8_t> mac = read_octets(get_ifPhysAddress, i);
+        return mac_text(mac.data(), mac.size());
     };
     EXPECT_EQ(address(1), "02:00:5e:10:00:01");
     EXPECT_EQ(address(1030), "02:00:5e:10:00:00");

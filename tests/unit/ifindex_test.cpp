@@ -27,16 +27,6 @@ protected:
         return R"({"units": [{"ports": 28}, {"present": false, "ports": 24}, {"ports": 10}],
                    "trunks": [{"id": 1, "members": ["1/3"]}, {"id": 4}, {"id": 5, "members": ["1/7"]}]})";
     }
-    static std::string name(int32_t i) {
-        size_t len = 99;
-        const uint8_t *p = get_ifName(i, &len);
-        return text(p, len);
-    }
-    static std::string descr(int32_t i) {
-        size_t len = 99;
-        const uint8_t *p = get_ifDescr(i, &len);
-        return text(p, len);
-    }
 };
 
 TEST_F(IfIndexTest, NamesAndDescriptions) {
@@ -61,8 +51,8 @@ TEST_F(IfIndexTest, NamesAndDescriptions) {
         {7, "eth-1/7", "Trunk Member port on Trunk ID 5"},
     };
     for (const Case &c : cases) {
-        EXPECT_EQ(name(c.index), c.name) << c.index;
-        EXPECT_EQ(descr(c.index), c.descr) << c.index;
+        EXPECT_EQ(read_text(get_ifName, c.index), c.name) << c.index;
+        EXPECT_EQ(read_text(get_ifDescr, c.index), c.descr) << c.index;
     }
 }
 

@@ -32,22 +32,7 @@ protected:
                             "router_ports": [{"vid": 10, "ports": "1/5"}]}})";
     }
     static Octets static_ports(uint32_t vlan, uint32_t group) {
-        size_t len = 0;
-        const uint8_t *p = get_igmpSnoopMulticastStaticPorts(vlan, group, &len);
-        return Octets(p, p + len);
-    }
-    static Octets router_ports(uint32_t vlan) {
-        size_t len = 0;
-        const uint8_t *p = get_igmpSnoopRouterStaticPorts(vlan, &len);
-        return Octets(p, p + len);
-    }
-    // The calls of `name` that `body` makes.
-    template <class Body>
-    std::vector<swsim::JournalEntry> calls_named(const std::string &name, Body &&body) {
-        std::vector<swsim::JournalEntry> out;
-        for (auto &c : calls_of(body))
-            if (c.call == name) out.push_back(c);
-        return out;
+        return read_octets(get_igmpSnoopMulticastStaticPorts, vlan, group);
     }
     // A read port list of the two-unit stack with the given (octet, mask) bits.
     static Octets expected(std::initializer_list<std::pair<int, uint8_t>> bits) {
@@ -80,9 +65,7 @@ TEST_F(IgmpTest, WordBitmapsBecomeMostSignificantFirstOctets) {
     EXPECT_FALSE(snmpapi::igmp::has_port(ports, 8, 0));
     EXPECT_EQ(static_ports(10, kGroupA), expected({{0, 0xa0}, {3, 0x40}, {8, 0x40}, {11, 0x10}}));
     // The current table shows the same bits.
-    size_t len = 0;
-    const uint8_t *cur = get_igmpSnoopMulticastCurrentPorts(10, kGroupA, &len);
-    EXPECT_EQ(Octets(cur, cur + len), static_ports(10, kGroupA));
+    EXPECT_EQ(read_octets(get_igmpSnoopMulticastCurrentPorts, 10, kGroupA), static_ports(10, kGroupA));
 }
 
 TEST_F(IgmpTest, StaticGroupRowsAndActiveVlans) {
@@ -129,9 +112,9 @@ TEST_F(IgmpTest, FailedAddEndsTheWriteFailedRemovalDoesNot) {
     // The first call adds a port and fails: the write stops there.
     sw().fault_set("cfg_set_igmp_set_mcast", -7, 1);
     const uint8_t add_first[1] = {0x80};
-    size_t n = count_calls("cfg_set_igmp_set_mcast",
-                           [&] { EXPECT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, add_first, 1), -7); });
-    EXPECT_EQ(n, 1u);
+    EXPECT_EQ(count_calls("cfg_set_igmp_set_mcast",
+                          [&] { EXPECT_EQ(set_igmpSnoopMulticastStaticPorts(10, kGroupA, add_first, 1), -7); }),
+              1u);
     // A group on a VLAN that does not exist cannot be made.
     EXPECT_LT(set_igmpSnoopMulticastStaticPorts(30, kGroupA, add_first, 1), 0);
 }
@@ -139,10 +122,8 @@ TEST_F(IgmpTest, FailedAddEndsTheWriteFailedRemovalDoesNot) {
 TEST_F(IgmpTest, RouterPortRowsAndWrites) {
     EXPECT_EQ(init_index_igmpSnoopRouterStaticTable(add_gauge_row), 0);
     EXPECT_EQ(rows().ints, std::vector<int32_t>{10});
-    EXPECT_EQ(router_ports(10), expected({{0, 0x08}}));
-    size_t len = 0;
-    const uint8_t *cur = get_igmpSnoopRouterCurrentPorts(10, &len);
-    EXPECT_EQ(Octets(cur, cur + len), router_ports(10));
+    EXPECT_EQ(read_octets(get_igmpSnoopRouterStaticPorts, 10), expected({{0, 0x08}}));
+    EXPECT_EQ(read_octets(get_igmpSnoopRouterCurrentPorts, 10), expected({{0, 0x08}}));
 
     // Router ports on VLAN 1: 1/2 and 2/1; they stop being router ports of 10.
     Octets value(64, 0);
@@ -152,7 +133,7 @@ TEST_F(IgmpTest, RouterPortRowsAndWrites) {
                             [&] { EXPECT_EQ(set_igmpSnoopRouterStaticPorts(1, value.data(), value.size()), 0); });
     ASSERT_EQ(made.size(), 2u * 25u);
     EXPECT_EQ(made[1].args, "0,1,1,1");
-    EXPECT_EQ(router_ports(1), expected({{0, 0x40}, {8, 0x80}}));
+    EXPECT_EQ(read_octets(get_igmpSnoopRouterStaticPorts, 1), expected({{0, 0x40}, {8, 0x80}}));
     ASSERT_EQ(set_igmpSnoopRouterStaticPorts(10, nullptr, 0), 0);
     EXPECT_EQ(exists_entry_igmpSnoopRouterStaticTable(10), 0);
     EXPECT_EQ(rows().removed, std::vector<std::string>{"igmpSnoopRouterStaticTable 10"});
@@ -168,16 +149,15 @@ TEST_F(IgmpTest, RouterPortRowsAndWrites) {
     // A read that fails leaves the port out.
     sw().igmp_set_router_port(1, 0, 3, true);
     sw().fault_set("cfg_get_igmp_router_port", -1, -1);
-    EXPECT_EQ(router_ports(1), Octets(32, 0));
+    EXPECT_EQ(read_octets(get_igmpSnoopRouterStaticPorts, 1), Octets(32, 0));
 }
 
 TEST_F(IgmpTest, SettingsAndTheirBindings) {
     // Anything but enabled turns snooping off.
     for (int32_t off : {2, 7}) {
         ASSERT_EQ(set_igmpSnoopStatus(1), 0);
-        auto made = calls_of([&] { EXPECT_EQ(set_igmpSnoopStatus(off), 0); });
-        ASSERT_EQ(made.size(), 1u);
-        EXPECT_EQ(made[0].args, "0");
+        EXPECT_EQ(call_texts([&] { EXPECT_EQ(set_igmpSnoopStatus(off), 0); }),
+                  std::vector<std::string>{"cfg_set_igmp_enable(0)"});
         EXPECT_EQ(get_igmpSnoopStatus(), 2);
     }
     // The maximum response time is the query interval, both ways.

@@ -23,12 +23,11 @@ protected:
                      {"select": "1/3", "partner": {"system": "00:1b:21:00:00:0b", "key": 9, "system_priority": 200}},
                      {"select": "1/4"}]}})";
     }
-    // An octet-string column's value.
-    template <class Get>
-    static std::string bits(Get get, int32_t i) {
-        size_t len = 0;
-        const uint8_t *p = get(i, &len);
-        return text(p, len);
+    // A partner that will not aggregate, heard on `port0`.
+    void hear_individual(int port0) {
+        swsim::Switch::LacpPartner lone;
+        lone.aggregatable = false;
+        sw().lacp_set_partner(0, port0, lone);
     }
 };
 
@@ -41,7 +40,7 @@ TEST_F(LacpTest, TrunksAreAggregatorsSpokenForByTheirLeadMember) {
     EXPECT_EQ(get_dot3adAggPortSelectedAggID(4), 0) << "nobody answers 1/4";
     EXPECT_EQ(get_dot3adAggPortSelectedAggID(10), 513) << "a static trunk is an aggregator too";
     EXPECT_EQ(get_dot3adAggPartnerOperKey(514), 7);
-    EXPECT_EQ(bits(get_dot3adAggPartnerSystemID, 515), std::string("\x00\x1b\x21\x00\x00\x0b", 6));
+    EXPECT_EQ(read_text(get_dot3adAggPartnerSystemID, 515), std::string("\x00\x1b\x21\x00\x00\x0b", 6));
 
     // LACP off: the port is no longer selected.
     EXPECT_EQ(set_lacpPortStatus(1, 2), 0);
@@ -55,22 +54,21 @@ TEST_F(LacpTest, TrunksAreAggregatorsSpokenForByTheirLeadMember) {
 }
 
 TEST_F(LacpTest, StatesAreBitsWithActivityFirst) {
-    // Activity, aggregation, synchronization, collecting, distributing.
-    EXPECT_EQ(bits(get_dot3adAggPortActorOperState, 1), "\xbc");
-    EXPECT_EQ(bits(get_dot3adAggPortActorAdminState, 1), "\xa0");
-    // The partner asked for the short timeout.
-    EXPECT_EQ(bits(get_dot3adAggPortPartnerOperState, 1), "\xfc");
-    EXPECT_EQ(bits(get_dot3adAggPortPartnerOperState, 3), "\xbc");
-    // Nobody answers: defaulted; no LACP at all: aggregation only.
-    EXPECT_EQ(bits(get_dot3adAggPortActorOperState, 4), "\xa2");
-    EXPECT_EQ(bits(get_dot3adAggPortActorOperState, 5), "\x20");
-    EXPECT_EQ(bits(get_dot3adAggPortPartnerOperState, 5), std::string(1, '\0'));
-    // A static member is in sync without LACP.
-    EXPECT_EQ(bits(get_dot3adAggPortActorOperState, 10), "\x3c");
+    // Activity, aggregation, synchronization, collecting, distributing; the
+    // partner of 1/1 asked for the short timeout; nobody answers 1/4
+    // (defaulted); 1/5 runs no LACP; the static member 1/10 is in sync.
+    const struct {
+        const uint8_t *(*get)(int32_t, size_t *);
+        int32_t port;
+        std::string bits;
+    } cases[] = {{get_dot3adAggPortActorOperState, 1, "\xbc"},   {get_dot3adAggPortActorAdminState, 1, "\xa0"},
+                 {get_dot3adAggPortPartnerOperState, 1, "\xfc"}, {get_dot3adAggPortPartnerOperState, 3, "\xbc"},
+                 {get_dot3adAggPortActorOperState, 4, "\xa2"},   {get_dot3adAggPortActorOperState, 5, "\x20"},
+                 {get_dot3adAggPortPartnerOperState, 5, std::string(1, '\0')},
+                 {get_dot3adAggPortActorOperState, 10, "\x3c"}};
+    for (const auto &c : cases) EXPECT_EQ(read_text(c.get, c.port), c.bits) << c.port;
     // An individual partner leaves the port on its own.
-    swsim::Switch::LacpPartner lone;
-    lone.aggregatable = false;
-    sw().lacp_set_partner(0, 2, lone);
+    hear_individual(2);
     EXPECT_EQ(get_dot3adAggPortAggregateOrIndividual(3), 2);
     EXPECT_EQ(get_dot3adAggPortAggregateOrIndividual(1), 1);
 }
@@ -78,44 +76,37 @@ TEST_F(LacpTest, StatesAreBitsWithActivityFirst) {
 TEST_F(LacpTest, PortListsAndCounterWidth) {
     std::string expected(32, '\0');
     expected[0] = '\xc0';
-    EXPECT_EQ(bits(get_dot3adAggPortListPorts, 2), expected);
+    EXPECT_EQ(read_text(get_dot3adAggPortListPorts, 2), expected);
     expected[0] = '\0';
     expected[2] = '\x08';  // 1/21 alone
-    EXPECT_EQ(bits(get_dot3adAggPortListPorts, 21), expected);
+    EXPECT_EQ(read_text(get_dot3adAggPortListPorts, 21), expected);
     // Counter32 of a 64-bit count.
     EXPECT_EQ(get_dot3adAggPortStatsMarkerPDUsRx(1), 3u);
 }
 
 TEST_F(LacpTest, DebugStatesOfEachPhase) {
-    size_t len = 0;
-    auto reason = [&len](int32_t i) {
-        const uint8_t *p = get_dot3adAggPortDebugMuxReason(i, &len);
-        return text(p, len);
+    struct Debug {
+        int32_t port, rx, mux, actor_churn, partner_churn;
+        const char *reason;
     };
-    // current / forwarding; defaulted / churning; LACP off; link down.
-    EXPECT_EQ(get_dot3adAggPortDebugRxState(1), 1);
-    EXPECT_EQ(get_dot3adAggPortDebugMuxState(1), 6);
-    EXPECT_EQ(reason(1), "Collecting and distributing");
-    EXPECT_EQ(get_dot3adAggPortDebugActorChurnState(1), 1);
-    EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnState(1), 1);
-    EXPECT_EQ(get_dot3adAggPortDebugRxState(4), 3);
-    EXPECT_EQ(get_dot3adAggPortDebugMuxState(4), 1);
-    EXPECT_EQ(reason(4), "No partner heard");
-    EXPECT_EQ(get_dot3adAggPortDebugActorChurnState(4), 2);
-    EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnState(4), 2);
-    EXPECT_EQ(get_dot3adAggPortDebugRxState(5), 5);
-    EXPECT_EQ(reason(5), "LACP is off");
-    EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnState(5), 3);
-    EXPECT_EQ(get_dot3adAggPortDebugRxState(20), 6);
-    EXPECT_EQ(reason(20), "Link is down");
-
+    const Debug cases[] = {
+        {1, 1, 6, 1, 1, "Collecting and distributing"},  // current, forwarding
+        {4, 3, 1, 2, 2, "No partner heard"},             // defaulted, churning
+        {5, 5, 1, 3, 3, "LACP is off"},
+        {20, 6, 1, 3, 3, "Link is down"},
+    };
+    auto check = [](const Debug &c) {
+        SCOPED_TRACE(c.port);
+        EXPECT_EQ(get_dot3adAggPortDebugRxState(c.port), c.rx);
+        EXPECT_EQ(get_dot3adAggPortDebugMuxState(c.port), c.mux);
+        EXPECT_EQ(get_dot3adAggPortDebugActorChurnState(c.port), c.actor_churn);
+        EXPECT_EQ(get_dot3adAggPortDebugPartnerChurnState(c.port), c.partner_churn);
+        EXPECT_EQ(read_text(get_dot3adAggPortDebugMuxReason, c.port), c.reason);
+    };
+    for (const auto &c : cases) check(c);
     // 1/4 hears a partner that will not aggregate: current, but detached.
-    swsim::Switch::LacpPartner lone;
-    lone.aggregatable = false;
-    sw().lacp_set_partner(0, 3, lone);
-    EXPECT_EQ(get_dot3adAggPortDebugRxState(4), 1);
-    EXPECT_EQ(get_dot3adAggPortDebugMuxState(4), 1);
-    EXPECT_EQ(reason(4), "Partner heard, not aggregating");
+    hear_individual(3);
+    check({4, 1, 1, 3, 1, "Partner heard, not aggregating"});
 }
 
 }  // namespace

@@ -30,14 +30,6 @@ void *add_mac_row(const uint8_t *mac, size_t len) {
     rows().keys.push_back(mac_text(mac, len));
     return &rows();
 }
-void *add_pair_row(int32_t first, int32_t second) {
-    rows().keys.push_back(std::to_string(first) + "." + std::to_string(second));
-    return &rows();
-}
-void *add_pair_row(uint32_t first, uint32_t second) {
-    rows().keys.push_back(std::to_string(first) + "." + std::to_string(second));
-    return &rows();
-}
 void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len) {
     rows().keys.push_back(std::to_string(fid) + "/" + mac_text(mac, len));
     return &rows();

@@ -24,8 +24,11 @@ std::string mac_text(const uint8_t *mac, size_t len);
 void *add_int_row(int32_t index);
 void *add_gauge_row(uint32_t index);
 void *add_mac_row(const uint8_t *mac, size_t len);
-void *add_pair_row(int32_t first, int32_t second);    // "first.second"
-void *add_pair_row(uint32_t first, uint32_t second);  // "first.second"
+template <class T>  // int32_t or uint32_t: "first.second"
+void *add_pair_row(T first, T second) {
+    rows().keys.push_back(std::to_string(first) + "." + std::to_string(second));
+    return &rows();
+}
 void *add_fdb_row(uint32_t fid, const uint8_t *mac, size_t len);
 
 }  // namespace unit

@@ -16,13 +16,6 @@ using Octets = std::vector<uint8_t>;
 
 Octets octets(const uint8_t *p, size_t len) { return Octets(p, p + len); }
 
-template <class Getter>
-Octets read_octets(Getter get) {
-    size_t len = 99;
-    const uint8_t *p = get(&len);
-    return octets(p, len);
-}
-
 // ---- the records, byte by byte ------------------------------------------------
 
 TEST(StpRecords, BridgeStateFieldsSitAtTheirOffsets) {
@@ -62,7 +55,7 @@ TEST(StpRecords, PortStateFieldsSitAtTheirOffsets) {
     std::memcpy(raw + 44, dbridge, 8);
     raw[52] = 0x80, raw[53] = 0x19;
     raw[129] = 1;
-    raw[130] = 1;
+    raw[130] = 2;  // told apart from point-to-point
     const auto r = swp::stp_port_state::decode(raw);
     EXPECT_EQ(r.state, 3u);
     EXPECT_EQ(r.path_cost, 20000000u);
@@ -72,7 +65,7 @@ TEST(StpRecords, PortStateFieldsSitAtTheirOffsets) {
     EXPECT_EQ(r.designated_bridge.prio, 0x8001);
     EXPECT_EQ(octets(r.designated_port, 2), (Octets{0x80, 0x19}));
     EXPECT_EQ(r.oper_point_to_point, 1);
-    EXPECT_EQ(r.oper_edge, 1);
+    EXPECT_EQ(r.oper_edge, 2);
     uint8_t again[swp::stp_port_state::kSize];
     swp::stp_port_state::encode(r, again);
     EXPECT_EQ(octets(again, sizeof again), octets(raw, sizeof raw));
@@ -90,11 +83,11 @@ protected:
                    "stp": {"topology_changes": 300}})";
     }
     static constexpr int32_t kTrunk1 = 513;
-    static std::string last_args(const std::vector<swsim::JournalEntry> &made, const std::string &call) {
-        std::string args = "(not called)";
-        for (const auto &c : made)
-            if (c.call == call) args = c.args;
-        return args;
+    // The arguments of the last call of `call` that `body` makes.
+    template <class Body>
+    std::string args_of(const std::string &call, Body &&body) {
+        const auto made = calls_named(call, body);
+        return made.empty() ? "(not called)" : made.back().args;
     }
 };
 
@@ -149,8 +142,7 @@ TEST_F(StpTest, BridgeWritesReachThePlatformWithinTheirRanges) {
         EXPECT_TRUE(d->served);
         EXPECT_TRUE(d->range.accepts(uint32_t(s.lo)) && d->range.accepts(uint32_t(s.hi)));
         EXPECT_FALSE(d->range.accepts(uint32_t(s.lo - 1)) || d->range.accepts(uint32_t(s.hi + 1)));
-        auto made = calls_of([&] { EXPECT_EQ(s.set(s.value), 0); });
-        EXPECT_EQ(last_args(made, s.call), "1," + std::to_string(s.value));
+        EXPECT_EQ(args_of(s.call, [&] { EXPECT_EQ(s.set(s.value), 0); }), "1," + std::to_string(s.value));
         EXPECT_EQ(s.get(), s.value);
         sw().fault_set(s.call, -4, 1);
         EXPECT_EQ(s.set(s.lo), -4);
@@ -163,13 +155,13 @@ TEST_F(StpTest, BridgeWritesReachThePlatformWithinTheirRanges) {
     EXPECT_EQ(get_dot1dStpPortPathCost(1), 0);
 
     // Switch-wide: status 2 writes 0; protocol type 1 is force mode 0.
-    EXPECT_EQ(last_args(calls_of([] { EXPECT_EQ(set_staSystemStatus(2), 0); }), "cfg_set_stp_domain_enabled"), "1,0");
+    EXPECT_EQ(args_of("cfg_set_stp_domain_enabled", [] { EXPECT_EQ(set_staSystemStatus(2), 0); }), "1,0");
     EXPECT_EQ(get_staSystemStatus(), 2);
     EXPECT_EQ(get_staProtocolType(), 1);
     ASSERT_EQ(set_staProtocolType(2), 0);
     EXPECT_EQ(sw().stp().force_mode, 2);
     EXPECT_EQ(get_staProtocolType(), 2);
-    EXPECT_EQ(last_args(calls_of([] { EXPECT_EQ(set_staProtocolType(1), 0); }), "cfg_set_stp_forcemode"), "0");
+    EXPECT_EQ(args_of("cfg_set_stp_forcemode", [] { EXPECT_EQ(set_staProtocolType(1), 0); }), "0");
     EXPECT_EQ(get_staProtocolType(), 1);
 }
 
@@ -181,7 +173,7 @@ TEST_F(StpTest, PortStateCodesAndFailedReads) {
         sw().stp_set_port_state(0, 1, code);
         EXPECT_EQ(get_dot1dStpPortState(2), expected[code]) << code;
     }
-    EXPECT_EQ(read_octets([](size_t *l) { return get_dot1dStpPortDesignatedPort(kTrunk1, l); }), (Octets{0x82, 0x01}));
+    EXPECT_EQ(read_octets(get_dot1dStpPortDesignatedPort, kTrunk1), (Octets{0x82, 0x01}));
     sw().fault_set("cfg_get_stp_port_state", -1, -1);
     EXPECT_EQ(get_dot1dStpPortState(2), 0);
     EXPECT_EQ(get_dot1dStpPortDesignatedCost(2), -1);
@@ -189,40 +181,31 @@ TEST_F(StpTest, PortStateCodesAndFailedReads) {
     EXPECT_EQ(get_staPortOperEdgePort(2), 0);
     EXPECT_EQ(get_staPortOperPointToPoint(2), 2);
     for (auto get : {get_dot1dStpPortDesignatedRoot, get_dot1dStpPortDesignatedBridge, get_dot1dStpPortDesignatedPort})
-        EXPECT_TRUE(read_octets([&](size_t *len) { return get(2, len); }).empty());
+        EXPECT_TRUE(read_octets(get, 2).empty());
 }
 
 TEST_F(StpTest, PortWritesWithTheTrunkTest) {
-    auto made = calls_of([] { EXPECT_EQ(set_dot1dStpPortPriority(3, 64), 0); });
-    EXPECT_EQ(last_args(made, "cfg_set_stp_port_prio"), "1,0,2,64");
-    made = calls_of([] { EXPECT_EQ(set_dot1dStpPortPathCost(kTrunk1, 4000), 0); });
-    EXPECT_EQ(last_args(made, "cfg_set_stp_port_cost"), "1,0,512,4000");
+    EXPECT_EQ(args_of("cfg_set_stp_port_prio", [] { EXPECT_EQ(set_dot1dStpPortPriority(3, 64), 0); }), "1,0,2,64");
+    EXPECT_EQ(args_of("cfg_set_stp_port_cost", [] { EXPECT_EQ(set_dot1dStpPortPathCost(kTrunk1, 4000), 0); }),
+              "1,0,512,4000");
     EXPECT_EQ(get_dot1dStpPortPathCost(kTrunk1), 4000);
     EXPECT_EQ(get_staPortLongPathCost(kTrunk1), 4000);
 
     // A trunk that does not exist fails before any write; 512 asks trunk 511.
     for (auto set : {set_dot1dStpPortPriority, set_dot1dStpPortEnable, set_dot1dStpPortPathCost}) {
-        made = calls_of([&] { EXPECT_EQ(set(520, 16), -1); });
-        ASSERT_EQ(made.size(), 1u);
-        EXPECT_EQ(made[0].call, "cfg_check_trunk");
-        EXPECT_EQ(made[0].args, "7");
-        made = calls_of([&] { set(512, 16); });
-        ASSERT_FALSE(made.empty());
-        EXPECT_EQ(made[0].args, "511");
+        EXPECT_EQ(call_texts([&] { EXPECT_EQ(set(520, 16), -1); }), std::vector<std::string>{"cfg_check_trunk(7)"});
+        EXPECT_EQ(calls_of([&] { set(512, 16); }).at(0).args, "511");
     }
     // The private table makes no trunk test.
-    made = calls_of([] { set_staPortLongPathCost(520, 16); });
-    EXPECT_EQ(count_calls("cfg_check_trunk", [] { set_staPortLongPathCost(520, 16); }), 0u);
-    EXPECT_EQ(last_args(made, "cfg_set_stp_port_cost"), "1,0,519,16");
+    EXPECT_EQ(call_texts([] { set_staPortLongPathCost(520, 16); }),
+              std::vector<std::string>{"cfg_set_stp_port_cost(1,0,519,16)"});
 
     sw().fault_set("cfg_set_stp_port_cost", -3, 1);
     EXPECT_EQ(set_dot1dStpPortPathCost(3, 100), -3);
 }
 
 TEST_F(StpTest, EnableAndEdgeWritesMapTwoToZero) {
-    auto passed = [&](auto set, int32_t value, const char *call) {
-        return last_args(calls_of([&] { set(4, value); }), call);
-    };
+    auto passed = [&](auto set, int32_t value, const char *call) { return args_of(call, [&] { set(4, value); }); };
     EXPECT_EQ(passed(set_dot1dStpPortEnable, 1, "cfg_set_stp_port_enabled"), "1,0,3,1");
     EXPECT_EQ(passed(set_dot1dStpPortEnable, 2, "cfg_set_stp_port_enabled"), "1,0,3,0");
     EXPECT_EQ(passed(set_dot1dStpPortEnable, 7, "cfg_set_stp_port_enabled"), "1,0,3,7");

@@ -13,6 +13,7 @@ namespace unit {
 namespace {
 
 using swsim::Switch;
+using Calls = std::vector<std::string>;
 
 class TrafficTest : public SwitchTest {
 protected:
@@ -22,12 +23,6 @@ protected:
                    "trunks": [{"id": 1, "members": ["1/7", "1/8"]}]})";
     }
     static constexpr int32_t kTrunk1 = 513;
-
-    static std::vector<std::string> names(const std::vector<swsim::JournalEntry> &made) {
-        std::vector<std::string> out;
-        for (const auto &c : made) out.push_back(c.call + "(" + c.args + ")");
-        return out;
-    }
 };
 
 // One direction of a rate limit: its columns and the platform's call names.
@@ -51,17 +46,17 @@ const Limit kLimits[] = {
 TEST_F(TrafficTest, EnablingALimitSetsTheFixedRateAndBurst) {
     for (const Limit &l : kLimits) {
         SCOPED_TRACE(l.suffix);
-        auto made = calls_of([&] { EXPECT_EQ(l.set_status(2, 1), 0); });
-        EXPECT_EQ(names(made), (std::vector<std::string>{"cfg_set_port_rate_" + l.suffix + "(0,1,1000000)",
-                                                         "cfg_set_port_burst_" + l.suffix + "(0,1,4096)"}));
+        EXPECT_EQ(call_texts([&] { EXPECT_EQ(l.set_status(2, 1), 0); }),
+                  (Calls{"cfg_set_port_rate_" + l.suffix + "(0,1,1000000)",
+                         "cfg_set_port_burst_" + l.suffix + "(0,1,4096)"}));
         EXPECT_EQ(l.get_status(2), 1);
         EXPECT_EQ(l.get_burst(2), 4096);
 
         // Disabled: the platform's defaults, no limit; the default burst the
         // platform still holds reads 0.
-        made = calls_of([&] { EXPECT_EQ(l.set_status(2, 2), 0); });
-        EXPECT_EQ(names(made), (std::vector<std::string>{"cfg_set_default_port_rate_" + l.suffix + "(0,1)",
-                                                         "cfg_set_default_port_burst_" + l.suffix + "(0,1)"}));
+        EXPECT_EQ(call_texts([&] { EXPECT_EQ(l.set_status(2, 2), 0); }),
+                  (Calls{"cfg_set_default_port_rate_" + l.suffix + "(0,1)",
+                         "cfg_set_default_port_burst_" + l.suffix + "(0,1)"}));
         EXPECT_EQ(l.get_status(2), 2);
         EXPECT_EQ(l.get_rate(2), 0);
         EXPECT_GT(sw().traffic(0, 1).burst_kb[l.direction], 0u);
@@ -72,8 +67,7 @@ TEST_F(TrafficTest, EnablingALimitSetsTheFixedRateAndBurst) {
         EXPECT_TRUE(calls_of([&] { EXPECT_EQ(l.set_status(2, 0), 0); }).empty());
 
         // A rate goes to the platform as it is; a trunk as port0 512.
-        made = calls_of([&] { EXPECT_EQ(l.set_rate(kTrunk1, 250000), 0); });
-        EXPECT_EQ(made.at(0).args, "0,512,250000");
+        EXPECT_EQ(calls_of([&] { EXPECT_EQ(l.set_rate(kTrunk1, 250000), 0); }).at(0).args, "0,512,250000");
     }
     // The two directions are kept apart.
     sw().set_rate_limit(0, 3, Switch::kIngress, 700);
@@ -85,13 +79,11 @@ TEST_F(TrafficTest, FirstFailureStopsTheSequenceAndReadsFallBack) {
     for (const Limit &l : kLimits) {
         SCOPED_TRACE(l.suffix);
         sw().fault_set("cfg_set_port_rate_" + l.suffix, -7, 1);
-        auto made = calls_of([&] { EXPECT_EQ(l.set_status(1, 1), -7); });
-        EXPECT_EQ(made.size(), 1u) << "no burst after a failed rate";
+        EXPECT_EQ(calls_of([&] { EXPECT_EQ(l.set_status(1, 1), -7); }).size(), 1u) << "no burst after a failed rate";
         sw().fault_set("cfg_set_port_burst_" + l.suffix, -4, 1);
         EXPECT_EQ(l.set_status(1, 1), -4);
         sw().fault_set("cfg_set_default_port_rate_" + l.suffix, -3, 1);
-        made = calls_of([&] { EXPECT_EQ(l.set_status(1, 2), -3); });
-        EXPECT_EQ(made.size(), 1u);
+        EXPECT_EQ(calls_of([&] { EXPECT_EQ(l.set_status(1, 2), -3); }).size(), 1u);
         sw().fault_set("cfg_set_default_port_burst_" + l.suffix, -2, 1);
         EXPECT_EQ(l.set_status(1, 2), -2);
 
@@ -110,8 +102,8 @@ TEST_F(TrafficTest, StormControlOffForAnythingButEnabled) {
     for (int32_t v : {2, 3, 0, -1}) {
         ASSERT_EQ(set_bcastStormStatus(3, 1), 0);
         EXPECT_EQ(get_bcastStormStatus(3), 1);
-        auto made = calls_of([&] { EXPECT_EQ(set_bcastStormStatus(3, v), 0); });
-        EXPECT_EQ(names(made), std::vector<std::string>{"cfg_set_port_rate_bcast_enable(0,2,0)"}) << v;
+        EXPECT_EQ(call_texts([&] { EXPECT_EQ(set_bcastStormStatus(3, v), 0); }),
+                  Calls{"cfg_set_port_rate_bcast_enable(0,2,0)"}) << v;
         EXPECT_EQ(get_bcastStormStatus(3), 2) << v;
     }
     sw().set_storm_control(0, 2, true, 10);
@@ -129,16 +121,15 @@ TEST_F(TrafficTest, QueueCountersByQueueNumber) {
         {get_queuePortDroppedPackets, Switch::kDroppedPackets},
         {get_queuePortDroppedBytes, Switch::kDroppedBytes},
     };
-    const char *calls[] = {"cfg_get_queue_pkts_cnt", "cfg_get_queue_bytes_cnt", "cfg_get_queue_dropped_pkts",
-                           "cfg_get_queue_dropped_bytes"};
+    const std::string calls[] = {"cfg_get_queue_pkts_cnt", "cfg_get_queue_bytes_cnt", "cfg_get_queue_dropped_pkts",
+                                 "cfg_get_queue_dropped_bytes"};
     for (size_t k = 0; k < 4; ++k) {
         const auto [get, kind] = kinds[k];
         for (int q = 0; q < 8; ++q) sw().set_queue_counter(0, 0, kind, q, (uint64_t(k + 1) << 40) + 100 * k + q);
         for (int q = 0; q < 8; ++q) {
-            auto made = calls_of([&] { EXPECT_EQ(get(1, q), (uint64_t(k + 1) << 40) + 100 * k + q) << k << "/" << q; });
-            ASSERT_EQ(made.size(), 1u);
-            EXPECT_EQ(made[0].call, calls[k]);
-            EXPECT_EQ(made[0].args, "0,0,64");
+            SCOPED_TRACE(std::to_string(k) + "/" + std::to_string(q));
+            EXPECT_EQ(call_texts([&] { EXPECT_EQ(get(1, q), (uint64_t(k + 1) << 40) + 100 * k + q); }),
+                      Calls{calls[k] + "(0,0,64)"});
         }
     }
     // A trunk counts its members.
@@ -173,8 +164,7 @@ TEST_F(TrafficTest, MirrorTypeAndDestination) {
     EXPECT_EQ(set_mirrorType(kTrunk1, 3), 0);
     EXPECT_EQ(sw().traffic(0, 512).mirror, 3);
     EXPECT_EQ(get_mirrorType(kTrunk1), 3);
-    auto made = calls_of([] { EXPECT_EQ(set_mirrorType(kTrunk1, 4), 0); });
-    EXPECT_EQ(names(made), std::vector<std::string>{"cfg_set_port_mirror(0,512,0)"});
+    EXPECT_EQ(call_texts([] { EXPECT_EQ(set_mirrorType(kTrunk1, 4), 0); }), Calls{"cfg_set_port_mirror(0,512,0)"});
     EXPECT_EQ(get_mirrorType(kTrunk1), 4);
     for (int32_t bad : {0, 5, -1}) EXPECT_TRUE(calls_of([&] { EXPECT_EQ(set_mirrorType(1, bad), -1); }).empty());
     sw().fault_set("cfg_get_port_mirror", -1, 1);
@@ -182,8 +172,7 @@ TEST_F(TrafficTest, MirrorTypeAndDestination) {
 
     // No destination yet: 0.  Unit 2 port 5 is unit0 1, port0 4: 69.
     EXPECT_EQ(get_mirrorDestinationPort(), 0);
-    made = calls_of([] { EXPECT_EQ(set_mirrorDestinationPort(69), 0); });
-    EXPECT_EQ(names(made), std::vector<std::string>{"cfg_set_mirror_to(1,4)"});
+    EXPECT_EQ(call_texts([] { EXPECT_EQ(set_mirrorDestinationPort(69), 0); }), Calls{"cfg_set_mirror_to(1,4)"});
     EXPECT_EQ(get_mirrorDestinationPort(), 69);
     sw().fault_set("cfg_get_mirror_to", -1, 1);
     EXPECT_EQ(get_mirrorDestinationPort(), 0);

@@ -26,12 +26,7 @@ protected:
         d.rx_power_mw = rx / 10000.0;
         sw().set_transceiver_readings(0, kPort - 1, d);
     }
-    using TextGetter = const uint8_t *(*)(int32_t, size_t *);
-    static std::string read(TextGetter get, int32_t i = kPort) {
-        size_t len = 0;
-        const uint8_t *p = get(i, &len);
-        return text(p, len);
-    }
+    static std::string read(const uint8_t *(*get)(int32_t, size_t *)) { return read_text(get, kPort); }
 };
 
 TEST_F(TransceiversTest, OpticalPowerInDecibelsAndTenths) {
@@ -50,11 +45,12 @@ TEST_F(TransceiversTest, OpticalPowerInDecibelsAndTenths) {
         {4100, "-3.9dBm", -38},  // -3.872: the text rounds, the value truncates
     };
     for (const Case &c : cases) {
+        SCOPED_TRACE(c.power);
         fit(30, 33000, 60, c.power, c.power);
-        EXPECT_EQ(read(get_ddTransceiversRxPower), c.text) << c.power;
-        EXPECT_EQ(read(get_ddTransceiversTxPower), c.text) << c.power;
-        EXPECT_EQ(get_ddTransceiversRxPowerValue(kPort), c.tenths) << c.power;
-        EXPECT_EQ(get_ddTransceiversTxPowerValue(kPort), c.tenths) << c.power;
+        EXPECT_EQ(read(get_ddTransceiversRxPower), c.text);
+        EXPECT_EQ(read(get_ddTransceiversTxPower), c.text);
+        EXPECT_EQ(get_ddTransceiversRxPowerValue(kPort), c.tenths);
+        EXPECT_EQ(get_ddTransceiversTxPowerValue(kPort), c.tenths);
     }
     // Each direction reads its own power.
     fit(30, 33000, 60, 10000, 1);

@@ -10,21 +10,16 @@
 namespace unit {
 namespace {
 
-// The zero-based ports of unit 0 whose bits a single-unit list sets.
-std::set<int> ports_of(const uint8_t *list, size_t len) {
+// The zero-based ports of unit 0 that a list of a one-unit switch sets.
+template <class Get, class... Index>
+std::set<int> members(Get get, Index... index) {
+    const std::vector<uint8_t> list = read_octets(get, index...);
+    EXPECT_EQ(list.size(), 32u);
     std::set<int> out;
-    for (size_t k = 0; k < len; ++k)
+    for (size_t k = 0; k < list.size(); ++k)
         for (int b = 0; b < 8; ++b)
             if (list[k] & (0x80 >> b)) out.insert(int(k) * 8 + b);
     return out;
-}
-
-template <class Get>
-std::set<int> read_list(Get get, uint32_t vid) {
-    size_t len = 0;
-    const uint8_t *p = get(vid, &len);
-    EXPECT_EQ(len, 32u);
-    return ports_of(p, len);
 }
 
 class VlanTest : public SwitchTest {
@@ -62,16 +57,15 @@ protected:
 };
 
 TEST_F(VlanTest, EachListReadsItsKindsOfMembership) {
-    EXPECT_EQ(read_list(get_dot1qVlanStaticEgressPorts, 10), (std::set<int>{0, 1, 3}));
-    EXPECT_EQ(read_list(get_dot1qVlanForbiddenEgressPorts, 10), (std::set<int>{2}));
-    EXPECT_EQ(read_list(get_dot1qVlanStaticUntaggedPorts, 10), (std::set<int>{1, 3}));
-    auto current = [](auto get) { return [get](uint32_t vid, size_t *len) { return get(0, vid, len); }; };
+    EXPECT_EQ(members(get_dot1qVlanStaticEgressPorts, 10), (std::set<int>{0, 1, 3}));
+    EXPECT_EQ(members(get_dot1qVlanForbiddenEgressPorts, 10), (std::set<int>{2}));
+    EXPECT_EQ(members(get_dot1qVlanStaticUntaggedPorts, 10), (std::set<int>{1, 3}));
     // Current egress takes every flag but forbidden, the legacy bit of port 4 too.
-    EXPECT_EQ(read_list(current(get_dot1qVlanCurrentEgressPorts), 10), (std::set<int>{0, 1, 3, 4}));
-    EXPECT_EQ(read_list(current(get_dot1qVlanCurrentUntaggedPorts), 10), (std::set<int>{1, 3}));
+    EXPECT_EQ(members(get_dot1qVlanCurrentEgressPorts, 0, 10), (std::set<int>{0, 1, 3, 4}));
+    EXPECT_EQ(members(get_dot1qVlanCurrentUntaggedPorts, 0, 10), (std::set<int>{1, 3}));
     // A port whose membership cannot be read is left out.
     sw().fault_set("cfg_get_vlan_port_member", -1, 1);
-    EXPECT_EQ(read_list(get_dot1qVlanStaticEgressPorts, 10), (std::set<int>{1, 3}));
+    EXPECT_EQ(members(get_dot1qVlanStaticEgressPorts, 10), (std::set<int>{1, 3}));
 }
 
 TEST_F(VlanTest, EgressWriteAddsTaggedMembersAndKeepsExistingOnes) {
@@ -254,25 +248,26 @@ TEST_F(VlanTest, PortWritesInTheTrunkRangeNeedTheTrunk) {
     using Setter = int (*)(int32_t, int32_t);
     const Setter setters[] = {set_dot1qPortAcceptableFrameTypes, set_dot1qPortIngressFiltering, set_dot1qPortGvrpStatus};
     for (const Case &c : cases) {
-        auto calls = calls_of([&] {
+        SCOPED_TRACE(c.index);
+        const auto calls = calls_of([&] {
             if (c.index == 640) {
                 EXPECT_LT(set_dot1qPvid(c.index, 10), 0);  // unchecked; the platform has no trunk 127
                 return;
             }
-            EXPECT_EQ(set_dot1qPvid(c.index, 10), c.result) << c.index;
-            for (Setter s : setters) EXPECT_EQ(s(c.index, 1), c.result) << c.index;
+            EXPECT_EQ(set_dot1qPvid(c.index, 10), c.result);
+            for (Setter s : setters) EXPECT_EQ(s(c.index, 1), c.result);
         });
         size_t checks = 0, writes = 0;
         for (const auto &call : calls) {
             if (call.call == "cfg_check_trunk") {
                 ++checks;
-                EXPECT_EQ(call.args, c.asked) << c.index;
+                EXPECT_EQ(call.args, c.asked);
             }
             writes += call.call.rfind("cfg_set_", 0) == 0;
         }
-        EXPECT_EQ(checks, *c.asked ? 4u : 0u) << c.index;
+        EXPECT_EQ(checks, *c.asked ? 4u : 0u);
         if (c.result < 0 && *c.asked) {
-            EXPECT_EQ(writes, 0u) << c.index;
+            EXPECT_EQ(writes, 0u);
         }
     }
 }
