@@ -14,12 +14,7 @@ using simtest::SwitchTest;
 using simtest::TempDir;
 
 std::string open_error(const std::string &path) {
-    try {
-        swsim::Switch sw(path);
-    } catch (const swsim::Error &e) {
-        return e.what();
-    }
-    return "(opened)";
+    return simtest::complaint([&] { swsim::Switch sw(path); });
 }
 
 // Patches bytes of a file in place.

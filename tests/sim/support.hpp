@@ -42,11 +42,15 @@ struct SwctlRun {
     std::string out, err;
 };
 
-inline std::string slurp(const std::string &path) {
-    std::ifstream in(path);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
+// What `f` throws as its complaint, or "(none)".
+template <class F>
+std::string complaint(F f) {
+    try {
+        f();
+    } catch (const swsim::Error &e) {
+        return e.what();
+    }
+    return "(none)";
 }
 
 // A fresh directory for each test, removed afterwards.
@@ -65,7 +69,25 @@ protected:
         const std::string out = dir_ + "/swctl.out", err = dir_ + "/swctl.err";
         const std::string cmd = std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >" + out + " 2>" + err;
         const int status = std::system(cmd.c_str());
+        auto slurp = [](const std::string &path) {
+            std::stringstream s;
+            s << std::ifstream(path).rdbuf();
+            return s.str();
+        };
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+    }
+    // swctl `args` succeeds quietly.
+    void ok(const std::string &args) {
+        const auto r = swctl(args);
+        EXPECT_EQ(r.code, 0) << args << "\n" << r.err;
+        EXPECT_EQ(r.err, "") << args;
+    }
+    // swctl `args` fails with exit code 1 and `message` as its only line.
+    void fails(const std::string &args, const std::string &message) {
+        const auto r = swctl(args);
+        EXPECT_EQ(r.code, 1) << args;
+        EXPECT_EQ(r.err, "swctl: " + message + "\n") << args;
+        EXPECT_EQ(r.out, "") << args;
     }
 
     std::string dir_;
