@@ -16,9 +16,6 @@ constexpr int32_t kVlanFirst = 1001, kVlanLast = 5094;
 // than the conversions do; both ranges are kept as they are.
 constexpr int32_t kTextTrunkFirst = 512, kTextTrunkLast = 639;
 
-// ifIndex - 1 without signed overflow for the lowest indexes a manager can send.
-int32_t minus_one(int32_t i) { return static_cast<int32_t>(static_cast<uint32_t>(i) - 1u); }
-
 bool trunk_in_use(int trunk0) { return cfg_check_trunk(trunk0) != 0 && cfg_is_trunk_empty(trunk0) == 0; }
 
 // Calls add(ifindex) for every existing port (and trunk) in population order.
@@ -47,9 +44,9 @@ extern "C" {
 
 int ifindex_is_trunk(int32_t i) { return i >= kTrunkFirst && i <= kTrunkLast; }
 int ifindex_is_vlan(int32_t i) { return i >= kVlanFirst && i <= kVlanLast; }
-int32_t ifindex_to_unit0(int32_t i) { return ifindex_is_trunk(i) ? 0 : minus_one(i) >> 6; }
-int32_t ifindex_to_port0(int32_t i) { return ifindex_is_trunk(i) ? i - 1 : minus_one(i) % SW_PORTS_PER_UNIT; }
-int32_t ifindex_to_trunk0(int32_t i) { return i - kTrunkFirst; }
+int32_t ifindex_to_unit0(int32_t i) { return ifindex_is_trunk(i) ? 0 : index_minus(i, 1) >> 6; }
+int32_t ifindex_to_port0(int32_t i) { return ifindex_is_trunk(i) ? i - 1 : index_minus(i, 1) % SW_PORTS_PER_UNIT; }
+int32_t ifindex_to_trunk0(int32_t i) { return index_minus(i, kTrunkFirst); }
 int32_t port_to_ifindex(int32_t unit0, int32_t port0) { return unit0 * SW_PORTS_PER_UNIT + port0 + 1; }
 int32_t trunk_to_ifindex(int32_t trunk0) { return trunk0 + kTrunkFirst; }
 
@@ -106,7 +103,7 @@ int ifindex_row_exists(int32_t i, void (*remove)(int32_t)) {
     } else if (ifindex_is_vlan(i)) {
         return 1;
     } else {
-        const int32_t unit0 = minus_one(i) >> 6;
+        const int32_t unit0 = index_minus(i, 1) >> 6;
         if (unit0 < 0 || unit0 >= SW_MAX_UNITS) return 0;
         exists = ifindex_unit_present(unit0);
     }

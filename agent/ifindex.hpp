@@ -64,6 +64,13 @@ void ifindex_for_each_port(Visit &&visit, PortCount asked = PortCount::before_ev
 
 // ---- Small helpers shared by the accessors ----------------------------------
 
+// index - base for an index as a manager sent it: any 32-bit sub-identifier
+// can arrive, and one beyond the object's range wraps (to a value that names
+// nothing on the switch) instead of overflowing.
+constexpr int32_t index_minus(int32_t index, int32_t base) {
+    return static_cast<int32_t>(static_cast<uint32_t>(index) - static_cast<uint32_t>(base));
+}
+
 // A SET's octet string as the zero-terminated text the platform takes.
 inline std::string received_text(const uint8_t *bytes, size_t len) {
     return bytes != nullptr ? std::string(reinterpret_cast<const char *>(bytes), len) : std::string();

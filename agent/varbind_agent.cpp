@@ -58,6 +58,24 @@ void store_value(netsnmp_variable_list *var, const Value &value) {
     }
 }
 
+int set_value_error(const netsnmp_variable_list *var, Type type, const Range &range) {
+    constexpr size_t kMaxOidLength = 128;  // sub-identifiers the protocol carries
+    if (type == Type::PER_OBJECT) return SNMP_ERR_NOERROR;  // the platform knows the object's type
+    if (var->type != asn_type(type)) return SNMP_ERR_WRONGTYPE;
+    switch (type) {
+    case Type::OCTET_STR:
+        return range.accepts(uint32_t(var->val_len)) ? SNMP_ERR_NOERROR : SNMP_ERR_WRONGLENGTH;
+    case Type::IPADDRESS:
+        return var->val_len == 4 ? SNMP_ERR_NOERROR : SNMP_ERR_WRONGLENGTH;
+    case Type::OBJECT_ID:
+        return var->val_len / sizeof(oid) <= kMaxOidLength ? SNMP_ERR_NOERROR : SNMP_ERR_WRONGLENGTH;
+    case Type::COUNTER64:
+        return SNMP_ERR_NOERROR;
+    default:
+        return range.accepts(received_value(var).word) ? SNMP_ERR_NOERROR : SNMP_ERR_WRONGVALUE;
+    }
+}
+
 SetValue received_value(const netsnmp_variable_list *var) {
     static const uint8_t kEmpty[1] = {0};
     SetValue v;

@@ -8,6 +8,7 @@ namespace {
 
 #define RANGE(lo, hi) ::snmpapi::Range{true, lo, hi}
 #define NO_RANGE ::snmpapi::Range{}
+#define SIZE(lo, hi) ::snmpapi::Range{true, lo, hi}
 
 // ---- Scalars ---------------------------------------------------------------
 #define SA_SCALAR_GET_COMMON_ON(name, type) &get_thunk<NoKeys, Type::type, &get_##name>

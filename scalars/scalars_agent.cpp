@@ -34,8 +34,8 @@ int common_scalar_handler(const ScalarDesc &s, const char *fn, netsnmp_agent_req
             break;
         }
         case MODE_SET_RESERVE1:
-            if (s.type != Type::OCTET_STR && !s.range.accepts(received_value(r->requestvb).word))
-                netsnmp_set_request_error(reqinfo, r, SNMP_ERR_WRONGVALUE);
+            if (const int error = set_value_error(r->requestvb, s.type, s.range))
+                netsnmp_set_request_error(reqinfo, r, error);
             break;
         case MODE_SET_RESERVE2:
         case MODE_SET_COMMIT:

@@ -10,6 +10,7 @@ namespace {
 
 #define RANGE(lo, hi) ::snmpapi::Range{true, lo, hi}
 #define NO_RANGE ::snmpapi::Range{}
+#define SIZE(lo, hi) ::snmpapi::Range{true, lo, hi}
 #define WRITABLE(names) names
 
 // ---- Columns ---------------------------------------------------------------

@@ -49,7 +49,8 @@ struct SetValue {
 };
 
 // Accepted range of an integer on SET, compared unsigned after subtracting
-// the lower bound, so that a negative value is always out of range.
+// the lower bound, so that a negative value is always out of range.  For an
+// octet string the same bounds are its accepted length (the MIB's SIZE).
 struct Range {
     bool checked = false;
     int64_t lo = 0;

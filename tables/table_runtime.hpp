@@ -28,6 +28,7 @@ public:
         : name_(name),
           handler_name_(std::string(name) + "_handler"),
           refresh_name_(std::string(name) + "_refresh"),
+          retired_name_(std::string(name) + "_retired"),
           refresh_(refresh) {}
     TableRuntime(const TableRuntime &) = delete;
     TableRuntime &operator=(const TableRuntime &) = delete;
@@ -45,6 +46,8 @@ public:
         if (netsnmp_table_row *row = find(key)) return row;
         return add(key);
     }
+    // Removing a row while a request is served leaves it out of the store at
+    // once, but frees it only when the request PDU ends (see retire()).
     void remove(KeyView key);
     netsnmp_table_row *find(KeyView key) {
         const size_t at = last_ + step_;
@@ -92,10 +95,12 @@ private:
     void handle_reserve1(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     void handle_action(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
     bool key_from_indexes(const netsnmp_variable_list *indexes, RowKey &key) const;
+    void retire(netsnmp_table_row *row, RowEntry *entry);
 
     const char *name_;
     std::string handler_name_;  // "<table>_handler", for trace lines
     std::string refresh_name_;  // "<table>_refresh": the refresh handler and its mark
+    std::string retired_name_;  // "<table>_retired": the request's hold on removed rows
     Refresh refresh_;
     const TableDesc *desc_ = nullptr;
     std::vector<const ColumnDesc *> columns_;  // by column number
@@ -128,6 +133,17 @@ private:
     netsnmp_table_row *search(KeyView key);  // find, by binary search
     void *add(KeyView key);                  // a new row, known to be absent
     RowKey scratch_;  // key buffer of the row functions (agent thread only)
+    // The request being served.  The table-data helper hands one row to every
+    // varbind of a request that names it (two columns of the row, or a
+    // GETBULK across the table), so a row that the check of one varbind
+    // removes must stay readable for the varbinds after it: it leaves the
+    // store at once and is freed with the request's data when the agent is
+    // done with the PDU.
+    netsnmp_agent_request_info *serving_ = nullptr;
+    struct Retired {
+        netsnmp_table_row *row;
+        RowEntry *entry;
+    };
 };
 
 }  // namespace snmpapi

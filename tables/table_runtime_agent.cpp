@@ -191,8 +191,38 @@ void TableRuntime::remove(KeyView key) {
     netsnmp_table_row *row = rows_[at].row;
     rows_.erase(rows_.begin() + at);
     last_ = at > 0 ? at - 1 : 0;
-    auto *entry = static_cast<RowEntry *>(netsnmp_table_data_remove_and_delete_row(data_, row));
+    netsnmp_table_data_remove_row(data_, row);
+    auto *entry = static_cast<RowEntry *>(row->data);
+    if (serving_) {
+        retire(row, entry);
+        return;
+    }
+    netsnmp_table_data_delete_row(row);
     delete entry;
+}
+
+// Keeps a removed row alive until the request being served is freed: the
+// request's data holds the rows its varbinds may still point at.
+void TableRuntime::retire(netsnmp_table_row *row, RowEntry *entry) {
+    using Held = std::vector<Retired>;
+    auto *held = static_cast<Held *>(netsnmp_agent_get_list_data(serving_, retired_name_.c_str()));
+    if (!held) {
+        held = new Held;
+        netsnmp_data_list *node = netsnmp_create_data_list(retired_name_.c_str(), held, [](void *p) {
+            auto *rows = static_cast<Held *>(p);
+            for (const Retired &r : *rows) {
+                netsnmp_table_data_delete_row(r.row);
+                delete r.entry;
+            }
+            delete rows;
+        });
+        if (!node) {  // out of memory: a leaked row is safer than one freed under the request
+            delete held;
+            return;
+        }
+        netsnmp_agent_add_list_data(serving_, node);
+    }
+    held->push_back({row, entry});
 }
 
 bool TableRuntime::key_from_indexes(const netsnmp_variable_list *var, RowKey &key) const {
@@ -213,12 +243,14 @@ int TableRuntime::handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_in
     bind();
     if (!desc_) return SNMP_ERR_NOERROR;
     SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "%s handler, mode %d\n", name_, reqinfo->mode);
+    serving_ = reqinfo;
     switch (reqinfo->mode) {
     case MODE_GET: handle_get(reqinfo, requests); break;
     case MODE_SET_RESERVE1: handle_reserve1(reqinfo, requests); break;
     case MODE_SET_ACTION: handle_action(reqinfo, requests); break;
     default: break;  // RESERVE2, COMMIT, FREE, UNDO: the value was written once, in ACTION
     }
+    serving_ = nullptr;
     return SNMP_ERR_NOERROR;
 }
 
@@ -238,7 +270,7 @@ void TableRuntime::handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_reque
             SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Index not found.\n");
             continue;
         }
-        key = entry->key;  // the row check may remove the row and its entry
+        key = entry->key;
         if (!desc_->exists(key)) {
             SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Index not found.\n");
             // The row was stale and is gone now.  A walk goes on with the row
@@ -279,8 +311,8 @@ void TableRuntime::handle_reserve1(netsnmp_agent_request_info *reqinfo, netsnmp_
             netsnmp_set_request_error(reqinfo, r, SNMP_ERR_NOTWRITABLE);
             return;
         }
-        if (col->type != Type::OCTET_STR && !col->range.accepts(received_value(r->requestvb).word))
-            netsnmp_set_request_error(reqinfo, r, SNMP_ERR_WRONGVALUE);
+        if (const int error = set_value_error(r->requestvb, col->type, col->range))
+            netsnmp_set_request_error(reqinfo, r, error);
     }
 }
 

@@ -24,8 +24,8 @@ bool text_trunk(int32_t i) { return i >= 512 && i <= 639; }
 // The trunk an index stands for where a trunk is expected: 513 and up count
 // from trunk0 0; anything lower is taken as trunk (index - 1), so 512 names
 // trunk0 511, which the platform does not have.
-int trunk_of(int32_t i) { return ifindex_is_trunk(i) ? ifindex_to_trunk0(i) : i - 1; }
-int32_t vid_of(int32_t i) { return i - 1000; }
+int trunk_of(int32_t i) { return ifindex_is_trunk(i) ? ifindex_to_trunk0(i) : index_minus(i, 1); }
+int32_t vid_of(int32_t i) { return index_minus(i, 1000); }
 
 struct Port {
     int unit0, port0;

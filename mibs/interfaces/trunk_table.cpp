@@ -3,6 +3,7 @@
 // they were made; rows are created and destroyed through trunkStatus.
 #include <algorithm>
 
+#include "agent/ifindex.hpp"
 #include "agent/port_list.hpp"
 #include "scalars/catalogue.hpp"
 #include "swplatform/platform.h"
@@ -16,7 +17,7 @@ constexpr int32_t kMaxTrunkId = SW_MAX_TRUNKS;
 enum RowStatus : int32_t { kExists = 1, kAbsent = 2 };
 enum Creation : int32_t { kNoTrunk = 0, kStatic = 1, kDynamic = 2 };
 
-int trunk0_of(int32_t trunk) { return trunk - 1; }
+int trunk0_of(int32_t trunk) { return index_minus(trunk, 1); }
 bool trunk_exists(int32_t trunk) { return cfg_check_trunk(trunk0_of(trunk)) != 0; }
 
 size_t unit_count() { return size_t(std::max(status_get_num_units(), 0)); }

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <map>
 #include <random>
 #include <regex>
 #include <set>
@@ -15,6 +17,7 @@
 #include <vector>
 
 #include "agent/trace.hpp"
+#include "agent/varbind.hpp"
 #include "swsim/control.hpp"
 #include "tables/descriptors.hpp"
 #include "tables/table_runtime.hpp"
@@ -57,17 +60,50 @@ TEST(Catalogue, EveryObjectHasItsOwnNameAndOid) {
     }
 }
 
-// Ranges are checked only on integers, and their bounds are ordered.
-TEST(Catalogue, RangesOnlyOnIntegersAndOrdered) {
+// Ranges are checked only on integers and sizes only on octet strings, and
+// their bounds are ordered.
+TEST(Catalogue, RangesOnlyOnIntegersAndSizesOnStrings) {
     auto check = [](const auto &objects) {
         for (const auto &o : objects) {
             if (!o.range.checked) continue;
-            EXPECT_EQ(o.type, Type::INTEGER) << o.name;
+            EXPECT_TRUE(o.type == Type::INTEGER || o.type == Type::OCTET_STR) << o.name;
             EXPECT_LE(o.range.lo, o.range.hi) << o.name;
+            if (o.type == Type::OCTET_STR) {
+                EXPECT_GE(o.range.lo, 0) << o.name;
+            }
         }
     };
     check(all_scalars());
     check(all_columns());
+}
+
+// A writable octet string of the private MIB takes the length its SYNTAX
+// allows: the SIZE given there, 0..255 for a DisplayString without one, and
+// no bound for the rest (BITS, port lists without a SIZE).
+TEST(Catalogue, PrivateStringSizesAreTheMibs) {
+    std::ifstream in(SOURCE_DIR "/mib/SWITCH-MIB.txt");
+    const std::string mib{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::regex object("\\n([a-zA-Z0-9]+) OBJECT-TYPE\\s+SYNTAX\\s+([^\\n]*)");
+    std::map<std::string, std::string> syntax;
+    for (auto m = std::sregex_iterator(mib.begin(), mib.end(), object); m != std::sregex_iterator(); ++m)
+        syntax[(*m)[1]] = (*m)[2];
+    const std::regex sized("\\(SIZE \\(([0-9]+)(?:\\.\\.([0-9]+))?\\)\\)");
+    auto check = [&](const char *name, bool writable, Type type, const Range &range, const Oid &oid) {
+        if (!writable || type != Type::OCTET_STR || oid.len < 7 || oid.subids[6] != 99999) return;
+        ASSERT_TRUE(syntax.count(name)) << name << " is not in SWITCH-MIB";
+        const std::string &text = syntax[name];
+        std::smatch m;
+        Range expected;
+        if (std::regex_search(text, m, sized))
+            expected = Range{true, std::stoll(m[1]), std::stoll(m[2].matched ? m[2].str() : m[1].str())};
+        else if (text.rfind("DisplayString", 0) == 0)
+            expected = Range{true, 0, 255};
+        EXPECT_EQ(range.checked, expected.checked) << name << ": " << text;
+        EXPECT_EQ(range.lo, expected.lo) << name;
+        EXPECT_EQ(range.hi, expected.hi) << name;
+    };
+    for (const ScalarDesc &s : all_scalars()) check(s.name, s.writable && s.served, s.type, s.range, s.oid);
+    for (const ColumnDesc &c : all_columns()) check(c.name, c.set != nullptr, c.type, c.range, find_table(c.table)->oid);
 }
 
 // A built table's columns lie within its registered column range, and the
@@ -191,7 +227,11 @@ public:
     netsnmp_request_info *add_string(const std::string &s) { return add(ASN_OCTET_STR, s.data(), s.size()); }
     // Table requests carry the column, the index and, for a listed row, its data.
     netsnmp_request_info *add_table(unsigned column, int32_t index, int32_t value, void *row) {
-        netsnmp_request_info *r = add_int(value);
+        return add_table(column, index, row, ASN_INTEGER, &value, sizeof(value));
+    }
+    netsnmp_request_info *add_table(unsigned column, int32_t index, void *row, u_char type, const void *value,
+                                    size_t len) {
+        netsnmp_request_info *r = add(type, value, len);
         auto *info = SNMP_MALLOC_TYPEDEF(netsnmp_table_request_info);
         info->colnum = column;
         snmp_varlist_add_variable(&info->indexes, nullptr, 0, ASN_INTEGER, &index, sizeof(index));
@@ -327,14 +367,84 @@ TEST_F(Handlers, TracesOnlyWhileDebugging) {
     EXPECT_TRUE(std::regex_search(log_, shape)) << log_;
 }
 
-TEST_F(Handlers, ScalarRangeIsCheckedInReserve1) {
+TEST_F(Handlers, ScalarRangeTypeAndLengthAreCheckedInReserve1) {
     Batch b(MODE_SET_RESERVE1);
     b.add_int(599);
     b.add_int(600);
+    b.add_string("600");
     EXPECT_EQ(handle_dot1dStpBridgeMaxAge(nullptr, nullptr, b.info(), b.head()), SNMP_ERR_NOERROR);
     EXPECT_EQ(b.at(0)->status, SNMP_ERR_WRONGVALUE);
     EXPECT_EQ(b.at(1)->status, 0);
+    EXPECT_EQ(b.at(2)->status, SNMP_ERR_WRONGTYPE);
+
+    Batch n(MODE_SET_RESERVE1);
+    n.add_int(0x41424344);
+    n.add_string(std::string(256, 'x'));
+    n.add_string(std::string(255, 'x'));
+    EXPECT_EQ(handle_sysName(nullptr, nullptr, n.info(), n.head()), SNMP_ERR_NOERROR);
+    EXPECT_EQ(n.at(0)->status, SNMP_ERR_WRONGTYPE);
+    EXPECT_EQ(n.at(1)->status, SNMP_ERR_WRONGLENGTH);
+    EXPECT_EQ(n.at(2)->status, 0);
     EXPECT_TRUE(calls().empty()) << "nothing reaches the platform before ACTION";
+}
+
+// A SET value of the wrong ASN.1 type, or of a length its type or SIZE rules
+// out, is refused in the first phase, before anything reaches the switch.
+TEST(SetValues, TypeAndLengthAreCheckedForEveryType) {
+    struct Case {
+        Type type;
+        Range range;
+        u_char asn;
+        size_t len;
+        int status;
+    };
+    const Range any{}, name{true, 0, 255}, mac{true, 6, 6}, priority{true, 0, 7};
+    const Case cases[] = {
+        {Type::INTEGER, priority, ASN_INTEGER, 4, SNMP_ERR_NOERROR},
+        {Type::INTEGER, priority, ASN_GAUGE, 4, SNMP_ERR_WRONGTYPE},
+        {Type::INTEGER, any, ASN_OCTET_STR, 4, SNMP_ERR_WRONGTYPE},
+        {Type::INTEGER, any, ASN_NULL, 0, SNMP_ERR_WRONGTYPE},
+        {Type::GAUGE, any, ASN_GAUGE, 4, SNMP_ERR_NOERROR},
+        {Type::GAUGE, any, ASN_INTEGER, 4, SNMP_ERR_WRONGTYPE},
+        {Type::COUNTER, any, ASN_COUNTER, 4, SNMP_ERR_NOERROR},
+        {Type::COUNTER, any, ASN_TIMETICKS, 4, SNMP_ERR_WRONGTYPE},
+        {Type::TIMETICKS, any, ASN_TIMETICKS, 4, SNMP_ERR_NOERROR},
+        {Type::TIMETICKS, any, ASN_COUNTER, 4, SNMP_ERR_WRONGTYPE},
+        {Type::COUNTER64, any, ASN_COUNTER64, 8, SNMP_ERR_NOERROR},
+        {Type::COUNTER64, any, ASN_COUNTER, 4, SNMP_ERR_WRONGTYPE},
+        {Type::IPADDRESS, any, ASN_IPADDRESS, 4, SNMP_ERR_NOERROR},
+        {Type::IPADDRESS, any, ASN_IPADDRESS, 3, SNMP_ERR_WRONGLENGTH},
+        {Type::IPADDRESS, any, ASN_IPADDRESS, 5, SNMP_ERR_WRONGLENGTH},
+        {Type::IPADDRESS, any, ASN_OCTET_STR, 4, SNMP_ERR_WRONGTYPE},
+        {Type::OCTET_STR, name, ASN_OCTET_STR, 0, SNMP_ERR_NOERROR},
+        {Type::OCTET_STR, name, ASN_OCTET_STR, 255, SNMP_ERR_NOERROR},
+        {Type::OCTET_STR, name, ASN_OCTET_STR, 256, SNMP_ERR_WRONGLENGTH},
+        {Type::OCTET_STR, mac, ASN_OCTET_STR, 5, SNMP_ERR_WRONGLENGTH},
+        {Type::OCTET_STR, mac, ASN_OCTET_STR, 6, SNMP_ERR_NOERROR},
+        {Type::OCTET_STR, any, ASN_OCTET_STR, 4000, SNMP_ERR_NOERROR},
+        {Type::OCTET_STR, any, ASN_INTEGER, 4, SNMP_ERR_WRONGTYPE},
+        {Type::OCTET_STR, any, ASN_OBJECT_ID, 4 * sizeof(oid), SNMP_ERR_WRONGTYPE},
+        {Type::OBJECT_ID, any, ASN_OBJECT_ID, 128 * sizeof(oid), SNMP_ERR_NOERROR},
+        {Type::OBJECT_ID, any, ASN_OBJECT_ID, 129 * sizeof(oid), SNMP_ERR_WRONGLENGTH},
+        {Type::OBJECT_ID, any, ASN_OCTET_STR, 8, SNMP_ERR_WRONGTYPE},
+        {Type::PER_OBJECT, any, ASN_OCTET_STR, 3, SNMP_ERR_NOERROR},
+    };
+    std::vector<uint8_t> bytes(4000, 0);
+    for (const Case &c : cases) {
+        netsnmp_variable_list var{};
+        var.type = c.asn;
+        var.val.string = bytes.data();  // enough bytes behind every kind of value
+        var.val_len = c.len;
+        EXPECT_EQ(set_value_error(&var, c.type, c.range), c.status)
+            << "type " << int(c.type) << ", asn " << int(c.asn) << ", length " << c.len;
+    }
+    // An integer out of range stays wrongValue once its type is right.
+    long eight = 8;
+    netsnmp_variable_list var{};
+    var.type = ASN_INTEGER;
+    var.val.integer = &eight;
+    var.val_len = sizeof(eight);
+    EXPECT_EQ(set_value_error(&var, Type::INTEGER, priority), SNMP_ERR_WRONGVALUE);
 }
 
 class Tables : public Handlers {
@@ -403,6 +513,18 @@ TEST_F(Tables, ReadOnlyColumnStopsTheCheckOfTheBatch) {
     EXPECT_EQ(c.at(1)->status, SNMP_ERR_WRONGVALUE);
     EXPECT_EQ(c.at(2)->status, 0);
 
+    Batch t(MODE_SET_RESERVE1);  // each writable column's type and SIZE
+    const std::string long_name(256, 'p');
+    t.add_table(4, 1, row("portTable", 1), ASN_OCTET_STR, "5", 1);
+    t.add_table(2, 1, row("portTable", 1), ASN_OCTET_STR, long_name.data(), long_name.size());
+    t.add_table(2, 1, row("portTable", 1), ASN_INTEGER, "\0\0\0\0", 4);
+    t.add_table(2, 1, row("portTable", 1), ASN_OCTET_STR, long_name.data(), 255);
+    table("portTable").handle(t.info(), t.head());
+    EXPECT_EQ(t.at(0)->status, SNMP_ERR_WRONGTYPE);
+    EXPECT_EQ(t.at(1)->status, SNMP_ERR_WRONGLENGTH);
+    EXPECT_EQ(t.at(2)->status, SNMP_ERR_WRONGTYPE);
+    EXPECT_EQ(t.at(3)->status, 0);
+
     Batch d(MODE_SET_RESERVE1);  // a read-only table refuses at the first request
     d.add_table(1, 1, 1, row("dot1dBasePortTable", 1));
     d.add_table(2, 1, 1, row("dot1dBasePortTable", 1));
@@ -442,15 +564,23 @@ TEST_F(Tables, RowsOfAVanishedUnitGoWhenRead) {
     ASSERT_NE(row("dot1dBasePortTable", 66), nullptr);
 
     sw_->set_unit_present(1, false);
-    Batch b(MODE_GET);
-    b.add_table(2, 65, 0, row("dot1dBasePortTable", 65));
-    b.add_table(2, 1, 0, row("dot1dBasePortTable", 1));
-    table("dot1dBasePortTable").handle(b.info(), b.head());
-    EXPECT_EQ(b.at(0)->requestvb->type, ASN_INTEGER) << "no value is set for a vanished row";
-    EXPECT_EQ(*b.at(0)->requestvb->val.integer, 0);
-    EXPECT_EQ(row("dot1dBasePortTable", 65), nullptr);
-    EXPECT_NE(row("dot1dBasePortTable", 66), nullptr) << "rows not read stay until read";
-    EXPECT_EQ(*b.at(1)->requestvb->val.integer, 1);
+    {
+        // Two columns of the vanished row in one request: the helper hands
+        // both varbinds the same row, which the first check removes.
+        void *gone = row("dot1dBasePortTable", 65);
+        Batch b(MODE_GET);
+        b.add_table(2, 65, 0, gone);
+        b.add_table(3, 65, 0, gone);
+        b.add_table(2, 1, 0, row("dot1dBasePortTable", 1));
+        table("dot1dBasePortTable").handle(b.info(), b.head());
+        for (size_t i : {0, 1}) {
+            EXPECT_EQ(b.at(i)->requestvb->type, ASN_INTEGER) << "no value is set for a vanished row";
+            EXPECT_EQ(*b.at(i)->requestvb->val.integer, 0);
+        }
+        EXPECT_EQ(row("dot1dBasePortTable", 65), nullptr);
+        EXPECT_NE(row("dot1dBasePortTable", 66), nullptr) << "rows not read stay until read";
+        EXPECT_EQ(*b.at(2)->requestvb->val.integer, 1);
+    }
 
     sw_->set_unit_present(1, true);
     refresh();

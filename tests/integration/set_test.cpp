@@ -12,6 +12,7 @@ constexpr int kUnit0 = 0, kCopperPort0 = 2;
 const uint32_t kCopper = port_index(kUnit0, kCopperPort0);
 const Oid kCopperName = oids::port_column(oids::kPortName, kCopper);
 const Oid kCopperSpeed = oids::port_column(oids::kPortSpeedDpxCfg, kCopper);
+const Oid kVlan300Status = parse_oid("1.3.6.1.2.1.17.7.1.4.3.1.5.300");  // dot1qVlanStaticRowStatus
 
 TEST_F(Sets, ScalarsAndColumnsReachTheSwitchOneOrSeveralAtATime) {
     EXPECT_EQ(set_one(SetValue::octets(oids::kSysName, "core-sw-7")), kNoError);
@@ -48,10 +49,16 @@ TEST_F(Sets, RefusedRequestsAnswerTheirStatusAndWriteNothing) {
         {"read-only column first",
          {SetValue::integer32(oids::port_column(oids::kPortType, kCopper), 1), SetValue::octets(kCopperName, "no")},
          kNotWritable, 1},
+        {"an integer for a name", {SetValue::integer32(oids::kSysName, 0x41424344)}, kWrongType, 1},
+        {"a name beyond its SIZE", {SetValue::octets(kCopperName, std::string(256, 'n'))}, kWrongLength, 1},
+        {"octets for a row status",
+         {SetValue::octets(kCopperName, "ok"), SetValue::octets(kVlan300Status, "\x04")}, kWrongType, 2},
     };
     const std::string name = sw().port(kUnit0, kCopperPort0).description;
     const int speed = sw().port(kUnit0, kCopperPort0).config_speed;
     const std::string descr = must_get(oids::kSysDescr).bytes;
+    const std::string hostname = sw().system().hostname;
+    ASSERT_FALSE(sw().vlan(300).exists);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
         Response r = writer().set(c.values);
@@ -61,9 +68,10 @@ TEST_F(Sets, RefusedRequestsAnswerTheirStatusAndWriteNothing) {
         EXPECT_EQ(sw().port(kUnit0, kCopperPort0).description, name);
         EXPECT_EQ(sw().port(kUnit0, kCopperPort0).config_speed, speed);
         EXPECT_EQ(must_get(oids::kSysDescr).bytes, descr);
+        EXPECT_EQ(sw().system().hostname, hostname);
+        EXPECT_FALSE(sw().vlan(300).exists);
     }
 
-    const std::string hostname = sw().system().hostname;
     EXPECT_EQ(reader().set({SetValue::octets(oids::kSysName, "intruder")}).error_status, kNoAccess);
     EXPECT_EQ(sw().system().hostname, hostname);
 }

@@ -38,6 +38,8 @@ enum ErrorStatus : long {
     kNoError = 0,
     kGenErr = 5,
     kNoAccess = 6,
+    kWrongType = 7,
+    kWrongLength = 8,
     kWrongValue = 10,
     kNotWritable = 17,
 };
