@@ -9,6 +9,7 @@
 // port-addressed platform call is unit0 0, port0 512 + trunk0 (= ifIndex - 1).
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -44,6 +45,12 @@ int ifindex_row_exists(int32_t ifindex, void (*remove)(int32_t));
 // Whether unit0 (0 .. 7) is in the stack now.
 bool ifindex_unit_present(int unit0);
 
+// The platform's unit and port counts, held to what the interface index can
+// address (8 units of 64 ports): a damaged answer never makes a walk run
+// beyond the stack.
+inline int stack_unit_count() { return std::clamp(status_get_num_units(), 0, SW_MAX_UNITS); }
+inline int unit_port_count(int unit0) { return std::clamp(cfg_equip_get_user_eth_ports(unit0), 0, SW_PORTS_PER_UNIT); }
+
 // How often a walk over the ports asks a unit's port count: before every
 // port (the row populations, which see a unit shrink at once), or once per
 // unit (walks repeated many times in one request, such as one per trunk).
@@ -55,9 +62,9 @@ template <class Visit>
 void ifindex_for_each_port(Visit &&visit, PortCount asked = PortCount::before_every_port) {
     for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
         if (!ifindex_unit_present(unit0)) continue;
-        for (int port0 = 0, ports = cfg_equip_get_user_eth_ports(unit0); port0 < ports; ++port0) {
+        for (int port0 = 0, ports = unit_port_count(unit0); port0 < ports; ++port0) {
             visit(unit0, port0);
-            if (asked == PortCount::before_every_port) ports = cfg_equip_get_user_eth_ports(unit0);
+            if (asked == PortCount::before_every_port) ports = unit_port_count(unit0);
         }
     }
 }

@@ -9,6 +9,9 @@
 
 namespace snmpapi {
 
+// The most sub-identifiers an object identifier may have on the wire.
+inline constexpr size_t kMaxOidSubids = 128;
+
 // Value types of MIB objects, as the catalogues name them.
 enum class Type : uint8_t {
     INTEGER,

@@ -2,6 +2,8 @@
 // seven-bit write walk (32 octets per unit).
 #include "agent/port_list.hpp"
 
+#include "agent/ifindex.hpp"
+
 #include <algorithm>
 #include <cstring>
 
@@ -21,7 +23,7 @@ void read(uint8_t *area, size_t clear, size_t *length, HasPortFn has_port, void 
         if (status == nullptr || status->units[unit0].present == 0) continue;
         *length = kOctetsPerUnit * static_cast<size_t>(unit0 + 1);
         uint8_t *unit_octets = area + kReadOctetsPerUnit * static_cast<size_t>(unit0);
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0) {
+        for (int port0 = 0; port0 < unit_port_count(unit0); ++port0) {
             if (port0 >= kReadPorts) break;
             if (has_port(ctx, unit0, port0)) unit_octets[port0 / 8] |= port_mask(port0);
         }
@@ -30,13 +32,13 @@ void read(uint8_t *area, size_t clear, size_t *length, HasPortFn has_port, void 
 
 int write_walk(const uint8_t *octets, size_t length, VisitFn visit, void *ctx) {
     size_t remaining = length;
-    const int units = status_get_num_units();
+    const int units = stack_unit_count();
     for (int unit0 = 0; unit0 < units && unit0 < SW_MAX_UNITS; ++unit0) {
         const uint8_t *unit_octets = octets + kOctetsPerUnit * static_cast<size_t>(unit0);
         for (int k = 0; k < static_cast<int>(kOctetsPerUnit); ++k) {
             const bool within = remaining > 0;
             if (within) --remaining;
-            const int ports = cfg_equip_get_user_eth_ports(unit0);
+            const int ports = unit_port_count(unit0);
             for (int b = 0; b < kWrittenBits; ++b) {
                 const int port0 = 8 * k + b;
                 if (port0 >= ports) break;

@@ -1,5 +1,6 @@
 #include "agent/varbind.hpp"
 
+#include <algorithm>
 #include <vector>
 
 #include "swplatform/records.hpp"
@@ -29,7 +30,8 @@ void store_value(netsnmp_variable_list *var, const Value &value) {
         return;
     case Type::OBJECT_ID: {
         // Accessors give 32-bit sub-identifiers; net-snmp's oid may be wider.
-        const size_t n = value.len / 4;
+        // No more travel than the protocol carries.
+        const size_t n = std::min(value.len / 4, kMaxOidSubids);
         std::vector<oid> subids(n);
         const auto *src = static_cast<const uint32_t *>(value.bytes);
         for (size_t i = 0; i < n; ++i) subids[i] = src[i];

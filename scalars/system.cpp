@@ -16,22 +16,34 @@
 
 namespace {
 
+// Platform texts are read up to the longest DisplayString, whether or not
+// the platform ended them.
+constexpr size_t kMaxText = 255;
+// The longest integrity hash the switch keeps (a SHA-512 digest).
+constexpr size_t kMaxHash = 64;
+
 const uint8_t *text_result(const char *text, size_t *len) {
     static const char empty[] = "";
     if (text == nullptr) text = empty;
-    *len = std::strlen(text);
+    *len = strnlen(text, kMaxText);
     return reinterpret_cast<const uint8_t *>(text);
 }
 
+// A platform byte string, or none when the platform has none or gives a
+// length no hash has.
 const uint8_t *bytes_result(const uint8_t *bytes, size_t *len) {
-    if (bytes == nullptr) *len = 0;
-    return bytes != nullptr ? bytes : reinterpret_cast<const uint8_t *>("");
+    if (bytes == nullptr || *len > kMaxHash) *len = 0;
+    return *len != 0 ? bytes : reinterpret_cast<const uint8_t *>("");
 }
 
+// The equipment OID, or 0.0 when the platform has none or gives a length
+// that is no OID's.
 const uint32_t *equipment_oid(size_t *len) {
     static const uint32_t zero_dot_zero[2] = {0, 0};
+    *len = 0;
     const uint32_t *oid = cfg_equip_get_int_oid(len);
-    if (oid != nullptr) return oid;
+    if (oid != nullptr && *len % sizeof(uint32_t) == 0 && *len <= snmpapi::kMaxOidSubids * sizeof(uint32_t))
+        return oid;
     *len = sizeof zero_dot_zero;
     return zero_dot_zero;
 }
@@ -141,8 +153,14 @@ const uint8_t *get_swHashConfig(size_t *len) {
     *len = n;
     return digest;
 }
-const uint8_t *get_swHashHardware(size_t *len) { return bytes_result(bcmd_get_hw_hash(len), len); }
-const uint8_t *get_swHashStatus(size_t *len) { return bytes_result(bcmd_get_status_hash(len), len); }
+const uint8_t *get_swHashHardware(size_t *len) {
+    *len = 0;
+    return bytes_result(bcmd_get_hw_hash(len), len);
+}
+const uint8_t *get_swHashStatus(size_t *len) {
+    *len = 0;
+    return bytes_result(bcmd_get_status_hash(len), len);
+}
 
 // ---- Clock ------------------------------------------------------------------
 

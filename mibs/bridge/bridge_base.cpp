@@ -72,7 +72,7 @@ int32_t get_dot1dBaseNumPorts(void) {
     int32_t n = 0;
     for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
         if (!ifindex_unit_present(unit0)) continue;
-        const int ports = cfg_equip_get_user_eth_ports(unit0);
+        const int ports = unit_port_count(unit0);
         if (ports > 0) n += ports;
     }
     return n;

@@ -5,6 +5,7 @@
 #include <array>
 #include <vector>
 
+#include "agent/ifindex.hpp"
 #include "agent/port_list.hpp"
 #include "mibs/bridge/igmp_groups.hpp"
 #include "mibs/bridge/platform_value.hpp"
@@ -70,7 +71,7 @@ bool has_router_ports(uint32_t vlan) {
     bool found = false;
     for (int unit0 = 0; unit0 < SW_MAX_UNITS && !found; ++unit0) {
         if (get_status()->units[unit0].present == 0) continue;
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0) && !found; ++port0)
+        for (int port0 = 0; port0 < unit_port_count(unit0) && !found; ++port0)
             found = is_router_port(unit0, port0, vlan);
     }
     return found;

@@ -43,7 +43,7 @@ int init_index_dot1dTrafficClassTable(void *(*create)(int32_t, int32_t)) {
     int32_t n = 1;
     for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
         if (!ifindex_unit_present(unit0)) continue;
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0, ++n)
+        for (int port0 = 0; port0 < unit_port_count(unit0); ++port0, ++n)
             for (int32_t priority = 0; priority < kTrafficClasses; ++priority) create(n, priority);
     }
     for (int trunk0 = 0; trunk0 < SW_MAX_TRUNKS; ++trunk0)

@@ -73,7 +73,7 @@ uint64_t trunk_mbps(int trunk0) {
     if (image == nullptr || trunk0 < 0 || trunk0 >= SW_MAX_TRUNKS) return sum;
     for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
         if (!ifindex_unit_present(unit0)) continue;
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0) && port0 < SW_PORTS_PER_UNIT; ++port0) {
+        for (int port0 = 0; port0 < unit_port_count(unit0) && port0 < SW_PORTS_PER_UNIT; ++port0) {
             const sw_port_status_t *ps = port_status(unit0, port0);
             if (swp::cfg_image::trunk_has_member(image, trunk0, unit0, port0) && ps->link != 0) sum += ps->speed;
         }

@@ -65,7 +65,7 @@ extern "C" {
 int init_index_ddTransceiversTable(void *(*create)(int32_t)) {
     for (int unit0 = 0; unit0 < SW_MAX_UNITS; ++unit0) {
         if (!ifindex_unit_present(unit0)) continue;
-        for (int port0 = 0; port0 < cfg_equip_get_user_eth_ports(unit0); ++port0) {
+        for (int port0 = 0; port0 < unit_port_count(unit0); ++port0) {
             const int32_t i = port_to_ifindex(unit0, port0);
             if (has_diagnostics(port_record(i))) create(i);
         }

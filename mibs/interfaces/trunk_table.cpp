@@ -20,7 +20,7 @@ enum Creation : int32_t { kNoTrunk = 0, kStatic = 1, kDynamic = 2 };
 int trunk0_of(int32_t trunk) { return index_minus(trunk, 1); }
 bool trunk_exists(int32_t trunk) { return cfg_check_trunk(trunk0_of(trunk)) != 0; }
 
-size_t unit_count() { return size_t(std::max(status_get_num_units(), 0)); }
+size_t unit_count() { return size_t(stack_unit_count()); }
 
 }  // namespace
 

@@ -78,6 +78,16 @@ TEST_F(IfIndexTest, PopulationOrderAndCount) {
     sw().trunk_add_port(3, 0, 10);
     sw().set_unit_present(2, false);
     EXPECT_EQ(get_ifNumber(), 28 + 3);
+
+    // A damaged port count never walks beyond the 64 ports a unit's index
+    // block holds; a failing one walks none.
+    get_status()->units[0].user_ports = 100'000'000;
+    rows().clear();
+    ifindex_populate(add_int_row, false);
+    EXPECT_EQ(rows().ints.size(), 64u);
+    EXPECT_EQ(rows().ints.back(), 64);
+    sw().fault_set("cfg_equip_get_user_eth_ports", -1, -1);
+    EXPECT_EQ(unit_port_count(0), 0);
 }
 
 TEST_F(IfIndexTest, RowExistence) {
