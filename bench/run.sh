@@ -104,11 +104,11 @@ start_agent() {  # start_agent REFERENCE_SHAPES
   for _ in 1 2 3; do
     port=$((20000 + RANDOM % 40000))
     if command -v ss >/dev/null && [ -n "$(ss -Hlun "sport = :$port" 2>/dev/null)" ]; then continue; fi
-    { "$top/scripts/make-snmpd-conf.sh" "$module" "$port"
+    { "$top/scripts/make-snmpd-conf.sh" "$module" "$port" "$tmp"
       echo "dlmod reference_table $reference_so"; } > "$tmp/snmpd.conf"
     # shellcheck disable=SC2046
     REFTABLES=$1 MIBS= \
-      snmpd -f -Lo -C -c "$tmp/snmpd.conf" -p "$tmp/snmpd.pid" $(cat "$top/conf/snmpd-builtins-off") \
+      snmpd -f -Lo -C -c "$tmp/snmpd.conf" -p "$tmp/snmpd.pid" $(cat "$top/conf/snmpd-modules") \
       >>"$tmp/snmpd.log" 2>&1 &
     agent_pid=$!
     for _ in $(seq 100); do

@@ -19,6 +19,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include <swsim/control.hpp>
 
@@ -50,10 +51,10 @@ std::string read_file(const std::string &path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// conf/snmpd-builtins-off: the options that keep snmpd's own modules off the
-// OIDs the module serves.
-std::vector<std::string> builtins_off_args() {
-    std::istringstream in(read_file(SOURCE_DIR "/conf/snmpd-builtins-off"));
+// conf/snmpd-modules: snmpd's own modules to start, those of the SNMP engine
+// and the module loader only.
+std::vector<std::string> module_args() {
+    std::istringstream in(read_file(SOURCE_DIR "/conf/snmpd-modules"));
     std::vector<std::string> args;
     for (std::string word; in >> word;) args.push_back(word);
     return args;
@@ -87,7 +88,8 @@ std::vector<char *> c_strings(std::vector<std::string> &v) {
 
 }  // namespace
 
-AgentProcess::AgentProcess(const std::string &scenario) {
+AgentProcess::AgentProcess(const std::string &scenario, std::vector<std::string> conf_options)
+    : conf_options_(std::move(conf_options)) {
     char tmpl[] = "/tmp/switch-it-XXXXXX";
     if (!mkdtemp(tmpl)) throw std::runtime_error("mkdtemp: " + std::string(std::strerror(errno)));
     dir_ = tmpl;
@@ -113,11 +115,12 @@ AgentProcess::~AgentProcess() {
 }
 
 void AgentProcess::spawn() {
-    const std::string conf = "bash '" SOURCE_DIR "/scripts/make-snmpd-conf.sh' '" MODULE_PATH "' " +
-                             std::to_string(port_) + " public private > '" + conf_path_ + "'";
+    std::string conf = "bash '" SOURCE_DIR "/scripts/make-snmpd-conf.sh'";
+    for (const std::string &option : conf_options_) conf += " '" + option + "'";
+    conf += " '" MODULE_PATH "' " + std::to_string(port_) + " '" + dir_ + "' public private > '" + conf_path_ + "'";
     if (std::system(conf.c_str()) != 0) throw std::runtime_error("failed: " + conf);
     std::vector<std::string> args = {SNMPD_PATH, "-f", "-Lo", "-C", "-c", conf_path_, "-p", pid_path_};
-    for (std::string &a : builtins_off_args()) args.push_back(a);
+    for (std::string &a : module_args()) args.push_back(a);
     std::vector<std::string> env = child_environment(state_path_);
     std::vector<char *> argv = c_strings(args), envp = c_strings(env);
     const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);

@@ -15,13 +15,17 @@ namespace it {
 class AgentProcess {
 public:
     // Creates the directory and the switch state from the scenario (a path
-    // relative to the source tree), then starts the agent.
-    explicit AgentProcess(const std::string &scenario);
+    // relative to the source tree), then starts the agent; conf_options go
+    // to scripts/make-snmpd-conf.sh (--agentx, --v3-user ...).
+    explicit AgentProcess(const std::string &scenario, std::vector<std::string> conf_options = {});
     ~AgentProcess();  // stops the agent, removes the directory
     AgentProcess(const AgentProcess &) = delete;
     AgentProcess &operator=(const AgentProcess &) = delete;
 
     uint16_t port() const { return port_; }
+    pid_t pid() const { return pid_; }
+    const std::string &dir() const { return dir_; }  // snmpd's run directory
+    const std::string &conf_path() const { return conf_path_; }
     const std::string &state_path() const { return state_path_; }
 
     // Starts snmpd and waits (bounded) until it answers a GET; throws when
@@ -39,6 +43,7 @@ public:
 
 private:
     std::string dir_, state_path_, conf_path_, log_path_, pid_path_;
+    std::vector<std::string> conf_options_;
     uint16_t port_ = 0;
     pid_t pid_ = -1;
 

@@ -72,12 +72,14 @@ class AgentTest : public ::testing::Test {
 protected:
     // The scenario of the suite's switch; a suite may name its own.
     static constexpr const char *kScenario = "scenarios/default.json";
+    // Options of the suite's agent configuration (scripts/make-snmpd-conf.sh).
+    static std::vector<std::string> agent_options() { return {}; }
     static inline std::unique_ptr<AgentProcess> agent_;
     static inline std::unique_ptr<swsim::Switch> switch_;
 
     static void SetUpTestSuite() {
         try {
-            agent_ = std::make_unique<AgentProcess>(Suite::kScenario);
+            agent_ = std::make_unique<AgentProcess>(Suite::kScenario, Suite::agent_options());
             switch_ = std::make_unique<swsim::Switch>(agent_->state_path());
         } catch (const std::exception &e) {
             agent_.reset();

@@ -107,10 +107,43 @@ Session::Session(uint16_t port, const std::string &community, int timeout_ms, in
     netsnmp_session s;
     snmp_sess_init(&s);
     s.version = SNMP_VERSION_2c;
-    std::string peer = "udp:127.0.0.1:" + std::to_string(port);
-    s.peername = peer.data();
     s.community = reinterpret_cast<u_char *>(const_cast<char *>(community.c_str()));
     s.community_len = community.size();
+    open(&s, port, timeout_ms, retries);
+}
+
+Session::Session(uint16_t port, const UsmUser &user, int timeout_ms, int retries) {
+    init_library();
+    netsnmp_session s;
+    snmp_sess_init(&s);
+    s.version = SNMP_VERSION_3;
+    s.securityModel = USM_SEC_MODEL_NUMBER;
+    s.securityName = const_cast<char *>(user.name.c_str());
+    s.securityNameLen = user.name.size();
+    s.securityLevel = user.priv_pass.empty() ? SNMP_SEC_LEVEL_AUTHNOPRIV : SNMP_SEC_LEVEL_AUTHPRIV;
+    s.securityAuthProto = usmHMACSHA1AuthProtocol;
+    s.securityAuthProtoLen = OID_LENGTH(usmHMACSHA1AuthProtocol);
+    // The keys from the pass phrases (RFC 3414's password to key); the
+    // library localizes them to the agent's engine when it opens.
+    const auto key = [&](const std::string &pass, u_char *out, size_t capacity, size_t *len) {
+        *len = capacity;
+        if (generate_Ku(s.securityAuthProto, s.securityAuthProtoLen, reinterpret_cast<const u_char *>(pass.data()),
+                        pass.size(), out, len) != SNMPERR_SUCCESS)
+            throw std::runtime_error("no key from the pass phrase of " + user.name);
+    };
+    key(user.auth_pass, s.securityAuthKey, sizeof s.securityAuthKey, &s.securityAuthKeyLen);
+    if (!user.priv_pass.empty()) {
+        s.securityPrivProto = usmAESPrivProtocol;
+        s.securityPrivProtoLen = OID_LENGTH(usmAESPrivProtocol);
+        key(user.priv_pass, s.securityPrivKey, sizeof s.securityPrivKey, &s.securityPrivKeyLen);
+    }
+    open(&s, port, timeout_ms, retries);
+}
+
+void Session::open(void *session, uint16_t port, int timeout_ms, int retries) {
+    auto &s = *static_cast<netsnmp_session *>(session);
+    std::string peer = "udp:127.0.0.1:" + std::to_string(port);
+    s.peername = peer.data();
     s.timeout = long(timeout_ms) * 1000;
     s.retries = retries;
     handle_ = snmp_sess_open(&s);  // copies what it keeps

@@ -42,6 +42,7 @@ enum ErrorStatus : long {
     kWrongLength = 8,
     kWrongValue = 10,
     kNotWritable = 17,
+    kAuthorizationError = 16,
 };
 
 struct VarBind {
@@ -73,10 +74,17 @@ struct SetValue {
     static SetValue octets(Oid oid, std::string value) { return {std::move(oid), kOctetString, 0, std::move(value)}; }
 };
 
+// An SNMPv3 user of the User-based Security Model: SHA authentication, and
+// AES privacy unless priv_pass is empty (then authNoPriv).
+struct UsmUser {
+    std::string name, auth_pass, priv_pass;
+};
+
 class Session {
 public:
     // timeout_ms per try; retries after the first try.
     Session(uint16_t port, const std::string &community, int timeout_ms = 2000, int retries = 2);
+    Session(uint16_t port, const UsmUser &user, int timeout_ms = 2000, int retries = 2);
     ~Session();
     Session(const Session &) = delete;
     Session &operator=(const Session &) = delete;
@@ -94,6 +102,7 @@ public:
 
 private:
     void *handle_ = nullptr;
+    void open(void *session, uint16_t port, int timeout_ms, int retries);
     Response exchange(int command, const std::vector<Oid> &oids, int non_repeaters, int max_repetitions);
     Response send(void *pdu);
 };
