@@ -127,6 +127,37 @@ TEST_F(SwitchTest, SwctlKilledAtTheCounterCheckpointHoldsNothingUp) {
     EXPECT_GE(counter(stat::kInOctets), during) << "counters never go back";
 }
 
+// Like an agent killed at a random moment of a storm of ifAdminStatus SETs:
+// whatever it held or left half written, this process carries on.
+TEST_F(SwitchTest, AWriterKilledAtRandomInASetStormHoldsNothingUp) {
+    RawState raw(state_);
+    ASSERT_TRUE(raw.ok());
+    std::srand(11);
+    for (int round = 0; round < 20; ++round) {
+        SCOPED_TRACE(round);
+        simtest::Channel started;
+        pid_t child = simtest::fork_child([&] {
+            started.send();
+            for (int i = 0;; ++i) {
+                if (lock_write(config_lock()) != 0) return 1;
+                cfg_set_port_enabled(0, i % 4, i / 4 % 2);
+                lock_free(config_lock());
+            }
+        });
+        ASSERT_TRUE(started.receive());
+        std::this_thread::sleep_for(std::chrono::microseconds(std::rand() % 3000));
+        kill(child, SIGKILL);
+        ASSERT_EQ(simtest::wait_exit(child), -SIGKILL);
+        alarm(10);
+        ASSERT_EQ(lock_write(config_lock()), 0);
+        for (int p = 0; p < 4; ++p) EXPECT_EQ(cfg_set_port_enabled(0, p, 1), 0);
+        ASSERT_EQ(lock_free(config_lock()), 0);
+        counter(stat::kInOctets);
+        alarm(0);
+        for (int p = 0; p < 4; ++p) EXPECT_EQ(raw.counters(p).seq % 2, 0u);
+    }
+}
+
 // A taker of the configuration lock killed at each step of taking it: the
 // lock is taken back for both kinds.
 TEST_F(SwitchTest, ALockTakerKilledAtAnyStepLeavesTheLockFree) {
