@@ -189,7 +189,7 @@ std::optional<Ret> watched_call(std::string_view name, Args... args) {
     }
     if constexpr (std::is_same_v<Ret, int>) {
         int result;
-        if ((hot & ~layout::kHotJournal) && hooks::fault_hit(*v->rt, name.data(), &result)) return result;
+        if ((hot & layout::kHotFaults) && hooks::fault_hit(*v->rt, name.data(), &result)) return result;
     }
     return std::nullopt;
 }
@@ -200,7 +200,7 @@ void note_call(std::string_view name, Args... args) {
     watched_call<bool>(name, args...);
 }
 
-inline bool watched() { return hooks::hot(g_hot.load(std::memory_order_relaxed)) != 0; }
+inline bool watched() { return hooks::watched(g_hot.load(std::memory_order_relaxed)); }
 
 // ---- the calls -----------------------------------------------------------------------
 
@@ -210,10 +210,13 @@ using namespace ifaces_impl;
 using model::iface_of;
 using model::phys_of;
 
-// Copies a stored text to a caller's buffer.
-int give_text(const char *text, char *buf, size_t size) {
+// Copies a stored text to a caller's buffer, never reading past its field.
+template <std::size_t N>
+int give_text(const char (&text)[N], char *buf, size_t size) {
     if (!buf || size == 0) return -1;
-    copy_text(buf, size, text);
+    const std::size_t n = std::min(strnlen(text, N), size - 1);
+    std::memcpy(buf, text, n);
+    buf[n] = '\0';
     return 0;
 }
 
@@ -277,31 +280,38 @@ int lock_read(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, false, 
 int lock_write(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, true, false); }
 int lock_free(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, false, true); }
 
-uint32_t uptime_units(const View &v, int64_t unit_ns) {
-    int64_t up = model::realtime_ns() - v.rt->boot_realtime_ns;
-    return up <= 0 ? 0 : uint32_t(up / unit_ns);
+uint32_t uptime_units(const View &v, uint64_t unit_ns) {
+    return uint32_t(model::ns_since(v.rt->boot_realtime_ns) / unit_ns);
 }
 uint32_t uptime(const View &v) { return uptime_units(v, 1'000'000'000); }
 uint32_t uptime_cs(const View &v) { return uptime_units(v, 10'000'000); }
 
+// The offset is kept within the clock's range (a damaged one as well).
 time_t sys_clock_get(const View &v) {
-    return time(nullptr) + time_t(__atomic_load_n(&v.rt->clock_offset_s, __ATOMIC_RELAXED));
+    const int64_t offset = __atomic_load_n(&v.rt->clock_offset_s, __ATOMIC_RELAXED);
+    return time(nullptr) + time_t(std::clamp(offset, -layout::kMaxClockS, layout::kMaxClockS));
 }
 int sys_clock_set(const View &v, time_t t) {
-    if (t < 0) return -1;
+    if (t < 0 || t > layout::kMaxClockS) return -1;
     __atomic_store_n(&v.rt->clock_offset_s, int64_t(t - time(nullptr)), __ATOMIC_RELAXED);
     return 0;
 }
 
+// A count beyond what a unit can have is damage, not ports.
 int cfg_equip_get_user_eth_ports(const View &v, int unit0) {
-    return model::unit_in_range(unit0) ? int(v.status->units[unit0].user_ports) : -1;
+    if (!model::unit_in_range(unit0)) return -1;
+    const uint32_t ports = v.status->units[unit0].user_ports;
+    return ports <= SW_PORTS_PER_UNIT ? int(ports) : -1;
 }
 int cfg_equip_get_is_mpu(const View &v, int unit0) {
     return model::unit_in_range(unit0) ? v.status->units[unit0].is_mpu != 0 : -1;
 }
+// A length beyond the stored sub-identifiers is damage: no OID.
 const uint32_t *cfg_equip_get_int_oid(const View &v, size_t *len) {
-    if (len) *len = v.cfg->equip_oid_len * sizeof(uint32_t);
-    return v.cfg->equip_oid;
+    const uint32_t n = v.cfg->equip_oid_len;
+    const bool whole = n <= std::size(v.cfg->equip_oid);
+    if (len) *len = whole ? n * sizeof(uint32_t) : 0;
+    return whole ? v.cfg->equip_oid : nullptr;
 }
 const char *cfg_equip_get_name_vx7300(const View &v, const sw_status_t *) { return v.cfg->equip_name; }
 const char *cfg_equip_get_vendor_url(const View &v) { return v.cfg->vendor_url; }

@@ -110,6 +110,8 @@ void Switch::set_port_speed(int unit0, int port0, int mbps) {
     impl_->change([&](View &v) { model::ops::set_port_speed(v, unit0, port0, mbps); });
 }
 void Switch::set_clock_offset(int64_t seconds) {
+    if (seconds < -layout::kMaxClockS || seconds > layout::kMaxClockS)
+        throw Error("clock offset " + std::to_string(seconds) + " s would take the clock past the years 1970 .. 9999");
     impl_->change([&](View &v) { __atomic_store_n(&v.rt->clock_offset_s, seconds, __ATOMIC_RELAXED); });
 }
 
@@ -130,7 +132,7 @@ std::vector<JournalEntry> Switch::journal() const { return hooks::journal_read(i
 // ---- reads ----------------------------------------------------------------------------------
 
 UnitInfo Switch::unit(int unit0) const {
-    if (!model::unit_in_range(unit0)) throw Error("no unit " + std::to_string(unit0 + 1) + " (units are 1..8)");
+    if (!model::unit_in_range(unit0)) throw Error("no unit " + std::to_string(human(unit0)) + " (units are 1..8)");
     const sw_unit_status_t &u = impl_->v().status->units[unit0];
     return UnitInfo{u.status2 != 0,     u.present != 0,       u.is_mpu != 0,       int(u.user_ports),
                     text_of(u.model), text_of(u.serial), text_of(u.version), text_of(u.build_date)};
@@ -156,7 +158,7 @@ PortInfo Switch::port(int unit0, int port0) const {
         info.trunk0 = model::trunk_of_port(v, unit0, port0);
         info.sfp_slot = hw.sfp_slot;
         info.sfp_fitted = v.status->units[unit0].ports[port0].sfp_present;
-        info.traffic_pps = v.stats->ports[iface].traffic_pps;
+        info.traffic_pps = model::offered_load(v, iface);
     }
     return info;
 }

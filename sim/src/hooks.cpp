@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "crash.hpp"
 #include "util.hpp"
 
 namespace swsim::hooks {
@@ -14,40 +15,57 @@ bool same_call(const FaultSlot &slot, const char *call) {
     return std::strncmp(slot.call, call, layout::kCallNameSize) == 0;
 }
 
+bool cas_hot(layout::Runtime &rt, uint32_t &seen, uint32_t want) {
+    return __atomic_compare_exchange_n(&rt.hot, &seen, want, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+}
 
-// Disarms one slot; whoever moves `remaining` to zero accounts for it in the
-// hot word, exactly once.
-void disarm(layout::Runtime &rt, FaultSlot &slot) {
-    int32_t rem = __atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE);
-    while (rem != 0) {
-        if (__atomic_compare_exchange_n(&slot.remaining, &rem, 0, false, __ATOMIC_ACQ_REL,
-                                        __ATOMIC_ACQUIRE)) {
-            __atomic_sub_fetch(&rt.hot, layout::kHotFaultUnit, __ATOMIC_RELEASE);
-            return;
-        }
+// Rewrites the fault bits of the hot word as one step of arming.
+template <class Change>
+void arming_step(layout::Runtime &rt, Change change) {
+    uint32_t seen = __atomic_load_n(&rt.hot, __ATOMIC_ACQUIRE);
+    while (!cas_hot(rt, seen, change(seen) + layout::kHotEpochUnit)) {
     }
+}
+
+bool any_armed(const layout::Runtime &rt) {
+    for (const FaultSlot &slot : rt.faults)
+        if (__atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE) != 0) return true;
+    return false;
+}
+
+// After a change of the table under the write lock, whether or not an
+// earlier writer died half way: the hot word says faults are armed exactly
+// when one is, and that nobody arms one now.
+void settle(layout::Runtime &rt) {
+    arming_step(rt, [&](uint32_t h) {
+        h &= ~(layout::kHotArming | layout::kHotFaults);
+        return any_armed(rt) ? h | layout::kHotFaults : h;
+    });
 }
 
 }  // namespace
 
+// Scans the table; a call that finds no slot armed, where the hot word did
+// not change since before the scan, puts the calls back on the fast path.
 bool fault_hit(layout::Runtime &rt, const char *call, int *result) {
+    uint32_t before = __atomic_load_n(&rt.hot, __ATOMIC_ACQUIRE);
+    bool armed = false;
     for (FaultSlot &slot : rt.faults) {
         int32_t rem = __atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE);
-        if (rem == 0 || !same_call(slot, call)) continue;
+        if (rem == 0) continue;
+        armed = true;
+        if (!same_call(slot, call)) continue;
         int32_t value = slot.result;
         while (rem != 0) {
-            if (rem < 0) {
-                *result = value;
-                return true;
-            }
-            if (__atomic_compare_exchange_n(&slot.remaining, &rem, rem - 1, false, __ATOMIC_ACQ_REL,
-                                            __ATOMIC_ACQUIRE)) {
-                if (rem == 1) __atomic_sub_fetch(&rt.hot, layout::kHotFaultUnit, __ATOMIC_RELEASE);
+            if (rem < 0 || __atomic_compare_exchange_n(&slot.remaining, &rem, rem - 1, false, __ATOMIC_ACQ_REL,
+                                                       __ATOMIC_ACQUIRE)) {
                 *result = value;
                 return true;
             }
         }
     }
+    if (!armed && (before & layout::kHotFaults) && !(before & layout::kHotArming))
+        cas_hot(rt, before, before & ~layout::kHotFaults);
     return false;
 }
 
@@ -60,10 +78,13 @@ void fault_set(layout::Runtime &rt, const std::string &call, int result, int tim
     fault_clear(rt, call);
     for (FaultSlot &slot : rt.faults) {
         if (__atomic_load_n(&slot.remaining, __ATOMIC_ACQUIRE) != 0) continue;
+        arming_step(rt, [](uint32_t h) { return h | layout::kHotFaults | layout::kHotArming; });
+        crash::point(crash::kFaultMarked);
         copy_text(slot.call, call);
         slot.result = result;
         __atomic_store_n(&slot.remaining, times, __ATOMIC_RELEASE);
-        __atomic_add_fetch(&rt.hot, layout::kHotFaultUnit, __ATOMIC_RELEASE);
+        crash::point(crash::kFaultArmed);
+        settle(rt);
         return;
     }
     throw Error("fault table full (" + std::to_string(layout::kFaultSlots) + " armed faults)");
@@ -71,7 +92,8 @@ void fault_set(layout::Runtime &rt, const std::string &call, int result, int tim
 
 void fault_clear(layout::Runtime &rt, const std::string &call) {
     for (FaultSlot &slot : rt.faults)
-        if (call.empty() || same_call(slot, call.c_str())) disarm(rt, slot);
+        if (call.empty() || same_call(slot, call.c_str())) __atomic_store_n(&slot.remaining, 0, __ATOMIC_RELEASE);
+    settle(rt);
 }
 
 std::vector<FaultInfo> fault_list(const layout::Runtime &rt) {
@@ -101,6 +123,7 @@ void journal_append(const View &v, const char *call, const char *args) {
     __atomic_store_n(&slot.stamp, uint64_t(0), __ATOMIC_RELAXED);
     __atomic_thread_fence(__ATOMIC_RELEASE);
     copy_text(slot.call, sizeof slot.call, call);
+    crash::point(crash::kJournalWriting);
     copy_text(slot.args, sizeof slot.args, args);
     __atomic_store_n(&slot.stamp, seq, __ATOMIC_RELEASE);
 }
@@ -111,11 +134,12 @@ void journal_clear(layout::Runtime &rt) {
 }
 
 std::vector<JournalEntry> journal_read(const View &v) {
+    uint64_t cleared = __atomic_load_n(&v.rt->journal_cleared, __ATOMIC_ACQUIRE);
     uint64_t last = __atomic_load_n(&v.rt->journal_last, __ATOMIC_ACQUIRE);
-    uint64_t first = __atomic_load_n(&v.rt->journal_cleared, __ATOMIC_ACQUIRE) + 1;
-    if (last >= layout::kJournalSlots) first = std::max<uint64_t>(first, last - layout::kJournalSlots + 1);
+    // At most one ring's worth after the cleared mark, whatever the words say.
+    const uint64_t shown = std::min<uint64_t>(last > cleared ? last - cleared : 0, layout::kJournalSlots);
     std::vector<JournalEntry> out;
-    for (uint64_t seq = first; seq <= last; ++seq) {
+    for (uint64_t seq = last - shown + 1, n = 0; n < shown; ++seq, ++n) {
         const layout::JournalSlot &slot = v.journal->slots[seq % layout::kJournalSlots];
         if (__atomic_load_n(&slot.stamp, __ATOMIC_ACQUIRE) != seq) continue;
         JournalEntry e{seq, text_of(slot.call),

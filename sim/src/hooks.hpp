@@ -3,7 +3,11 @@
 //
 // Everything here works on the mapping with atomic operations only: several
 // processes and threads record and consume at once, and none of them takes a
-// lock for it.
+// lock for it (faults are armed and cleared under the configuration write
+// lock).  A process killed at any step leaves nothing that holds up the
+// others: a half-written journal slot is skipped, a half-armed fault is
+// either armed or not, and the hot word settles at the next change of the
+// fault table (layout.hpp tells the hot word's rules).
 #pragma once
 
 #include <string>
@@ -14,8 +18,9 @@
 
 namespace swsim::hooks {
 
-// The hot word: zero unless the journal records or a fault is armed.
+// The hot word, and whether it sends calls down the watched path.
 inline uint32_t hot(const uint32_t *word) { return __atomic_load_n(word, __ATOMIC_RELAXED); }
+inline bool watched(const uint32_t *word) { return hot(word) & layout::kHotWatched; }
 
 // Consumes one firing of a fault armed on `call`; true with *result set when
 // the call is to fail.

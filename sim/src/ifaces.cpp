@@ -16,10 +16,7 @@ namespace swsim {
 
 namespace model {
 namespace {
-uint32_t uptime_cs_now(const View &v) {
-    const int64_t up = realtime_ns() - v.rt->boot_realtime_ns;
-    return up <= 0 ? 0 : uint32_t(up / 10'000'000);
-}
+uint32_t uptime_cs_now(const View &v) { return uint32_t(ns_since(v.rt->boot_realtime_ns) / 10'000'000); }
 }  // namespace
 
 void note_iface_change(View &v) { v.hw->ifaces_ext.if_table_last_change = uptime_cs_now(v); }
@@ -110,8 +107,8 @@ int cfg_remove_port_from_trunk(const View &v, int trunk0, int unit0, int port0) 
 namespace model {
 namespace {
 
-constexpr int64_t kSlowPeriodNs = 30'000'000'000;  // long timeout: a LACPDU every 30 s
-constexpr int64_t kFastPeriodNs = 1'000'000'000;   // short timeout: every second
+constexpr uint64_t kSlowPeriodNs = 30'000'000'000;  // long timeout: a LACPDU every 30 s
+constexpr uint64_t kFastPeriodNs = 1'000'000'000;   // short timeout: every second
 
 bool port_up(const View &v, int phys) {
     const int unit0 = phys / SW_PORTS_PER_UNIT, port0 = phys % SW_PORTS_PER_UNIT;
@@ -214,10 +211,12 @@ void lacp_reconcile(View &v) {
 }
 
 namespace {
-// LACPDUs exchanged since the partner was first heard (whole periods).
-int64_t periods_heard(const layout::LacpPartner &p, int64_t *period) {
+// LACPDUs exchanged since the partner was first heard (whole periods).  In
+// unsigned nanoseconds: the count and the time it spans never overflow,
+// whatever the stored start says.
+uint64_t periods_heard(const layout::LacpPartner &p, uint64_t *period) {
     *period = (p.state & SW_LACP_TIMEOUT) ? kFastPeriodNs : kSlowPeriodNs;
-    return std::max<int64_t>(realtime_ns() - p.since_ns, 0) / *period;
+    return ns_since(p.since_ns) / *period;
 }
 
 // The counters' growth so far becomes their base, keeping the phase of the
@@ -227,9 +226,9 @@ void fold_counters(View &v, int phys) {
     layout::LacpPartner &p = v.hw->ifaces_ext.lacp[phys];
     for (int i = 0; i < SW_LACP_COUNTERS; ++i) p.counters[i] = now.counters[i];
     if (!p.present) return;
-    int64_t period;
-    const int64_t n = periods_heard(p, &period);
-    p.since_ns += n * period;
+    uint64_t period;
+    const uint64_t n = periods_heard(p, &period);
+    p.since_ns = int64_t(uint64_t(p.since_ns) + n * period);  // at most now
     p.last_rx_cs += uint32_t(n * period / 10'000'000);
 }
 }  // namespace
@@ -322,10 +321,10 @@ sw_lacp_port_t lacp_port(const View &v, int phys) {
     r.partner_port_priority = hw.port_priority;
     r.partner_state = hw.state;
     // LACPDUs flow both ways at the rate the partner asks for.
-    int64_t period;
-    const int64_t n = periods_heard(hw, &period);
-    r.counters[SW_LACP_RX_LACPDU] += uint64_t(n);
-    if (c.enabled) r.counters[SW_LACP_TX_LACPDU] += uint64_t(n);
+    uint64_t period;
+    const uint64_t n = periods_heard(hw, &period);
+    r.counters[SW_LACP_RX_LACPDU] += n;
+    if (c.enabled) r.counters[SW_LACP_TX_LACPDU] += n;
     r.last_rx_cs = hw.last_rx_cs + uint32_t(n * period / 10'000'000);
     return r;
 }

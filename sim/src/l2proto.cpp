@@ -1,5 +1,6 @@
 #include "l2proto.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <type_traits>
 
@@ -142,10 +143,13 @@ bool group_empty(const uint8_t *rec) {
     return true;
 }
 
+// A new group's record is marked in use once it is complete, with its
+// first port.
 int set_group_port(const View &v, int unit0, int port0, int vid, uint32_t group, bool on) {
     if (model::phys_of(v, unit0, port0) < 0 || !model::vid_in_range(vid)) return -1;
     int i = find_group(v, vid, group);
-    if (i < 0) {
+    const bool fresh = i < 0;
+    if (fresh) {
         if (!on) return 0;
         if (!v.cfg->vlans[vid].exists || !is_multicast(group)) return -1;
         for (std::size_t k = 0; k < groups::kRecords && i < 0; ++k)
@@ -153,7 +157,6 @@ int set_group_port(const View &v, int unit0, int port0, int vid, uint32_t group,
         if (i < 0) return -1;  // every record in use
         uint8_t *rec = group_record(v, std::size_t(i));
         std::memset(rec, 0, groups::kRecordSize);
-        groups::set_word(rec, groups::kInUseWord, 1);
         groups::set_word(rec, groups::kGroupWord, group);
         groups::set_word(rec, groups::kVlanWord, uint32_t(vid));
     }
@@ -162,6 +165,7 @@ int set_group_port(const View &v, int unit0, int port0, int vid, uint32_t group,
     const uint32_t bit = 1u << (port0 % 32);
     const uint32_t word = groups::word(rec, w);
     groups::set_word(rec, w, on ? word | bit : word & ~bit);
+    if (fresh) groups::set_word(rec, groups::kInUseWord, 1);
     if (group_empty(rec)) std::memset(rec, 0, groups::kRecordSize);
     return 0;
 }
@@ -191,8 +195,7 @@ int cfg_get_stp_state(const View &v, int instance, uint8_t *record) {
     const layout::L2ProtoConfig &c = cfg(v);
     swp::stp_state::Record r;
     r.root = root_id(v);
-    const int64_t since = model::realtime_ns() - b.last_change_ns;
-    r.time_since_change = since > 0 ? uint32_t(since / 10'000'000) : 0;
+    r.time_since_change = uint32_t(model::ns_since(b.last_change_ns) / 10'000'000);
     r.change_count = uint8_t(b.changes);
     if (is_root_bridge(v)) {
         r.max_age = uint32_t(c.stp_max_age);
@@ -429,10 +432,10 @@ void eaps_create(View &v, int id, const std::string &name, bool master, uint32_t
     if (d.created) fail("ring domain " + std::to_string(id) + " already exists");
     if (name.empty() || name.size() >= SW_EAPS_NAME_SIZE) fail("a ring domain's name is 1..47 characters");
     d = layout::EapsConfig{};
-    d.created = 1;
     d.master = master ? 1 : 0;
     copy_text(d.name, name);
     swp::eaps_status::set_entry(live(v).eaps_status, id, state);
+    d.created = 1;  // complete: the domain exists
 }
 
 void eaps_delete(View &v, int id) {
@@ -469,7 +472,7 @@ Switch::StpInfo stp_info(const View &v) {
     std::memcpy(s.root_mac, root.mac, 6);
     s.root_cost = s.root_bridge ? 0 : b.root_cost;
     if (!s.root_bridge) {
-        const int iface = int(b.root_port) - 1;
+        const int iface = int(std::min<uint32_t>(b.root_port, layout::kIfaces)) - 1;
         s.root_unit0 = model::is_trunk_iface(iface) ? 0 : iface / SW_PORTS_PER_UNIT;
         s.root_port0 = model::is_trunk_iface(iface) ? iface : iface % SW_PORTS_PER_UNIT;
     }

@@ -15,7 +15,7 @@
 //             ConfigModel sits at offset 0, the fixed areas of records.hpp
 //             (trunk member bitmaps) at their offsets
 //   hardware  what the wire and the optics say: carrier, link partner, SFP
-//   stats     per-port counters (base, rate, checkpoint)
+//   stats     per-port counters (base, rate, checkpoint) under a sequence word
 //   fdb       the learned address table
 //   journal   ring of recorded platform calls
 //
@@ -35,7 +35,7 @@
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 1;
+inline constexpr uint32_t kVersion = 2;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -94,9 +94,22 @@ struct FaultSlot {
 };
 
 // Bits of Runtime::hot.  The word is the only thing a platform call reads
-// before its real work when nothing is being watched.
-inline constexpr uint32_t kHotJournal = 1;   // journal recording
-inline constexpr uint32_t kHotFaultUnit = 2; // added once per armed fault slot
+// before its real work when nothing is being watched: while neither
+// kHotJournal nor kHotFaults is set, calls take the fast path.  kHotFaults
+// is set before a fault slot is armed and cleared only when a look at every
+// slot found none armed and nothing changed the word meanwhile; faults are
+// armed under the configuration write lock, with kHotArming set meanwhile,
+// and every arming step adds kHotEpochUnit so that a look that overlapped
+// one is not mistaken for an empty table.
+inline constexpr uint32_t kHotJournal = 1;    // journal recording
+inline constexpr uint32_t kHotFaults = 2;     // a fault may be armed
+inline constexpr uint32_t kHotArming = 4;     // a fault is being armed
+inline constexpr uint32_t kHotEpochUnit = 8;  // bits 3-31 count arming steps
+inline constexpr uint32_t kHotWatched = kHotJournal | kHotFaults;
+
+// The switch clock stays within 0 .. kMaxClockS seconds (the end of the
+// year 9999), so clock_offset_s is never more than that either way.
+inline constexpr int64_t kMaxClockS = 253402300799;
 
 struct Runtime {
     uint32_t hot;
@@ -190,12 +203,27 @@ struct Counter {
     uint64_t rate_micro;  // millionths of a count per second
 };
 
-struct PortCounters {
-    uint32_t seq;      // even: stable; odd: being rewritten
-    uint32_t running;  // counters advance (link up)
+struct CounterState {
+    uint32_t running;        // counters advance (link up)
+    uint32_t reserved;
     uint64_t checkpoint_ns;  // CLOCK_MONOTONIC
     uint64_t traffic_pps;    // offered load that the rates derive from
     Counter c[SW_MAX_STATISTIC];
+};
+
+// A port's counters under a sequence word whose writer can die at any step.
+// A writer takes the writer word, writes the new state into `next`, turns
+// seq odd, copies `next` over `live`, turns seq even and gives the word back.
+// Readers never wait: while seq is even they read `live`, while it is odd
+// `next` (complete by then), and retry if seq moved meanwhile.  A writer
+// that finds the word held by a dead process takes it over and, if seq is
+// odd, finishes the copy first.
+struct PortCounters {
+    uint32_t seq;
+    uint32_t reserved;
+    uint64_t writer;  // owner word (owner.hpp) of the writer, 0 none
+    CounterState live;
+    CounterState next;
 };
 
 struct Stats {

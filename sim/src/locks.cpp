@@ -19,6 +19,8 @@
 #include <new>
 #include <vector>
 
+#include "crash.hpp"
+#include "owner.hpp"
 #include "swsim/control.hpp"
 
 namespace swsim::locks {
@@ -45,44 +47,15 @@ namespace {
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "futexes sleep on the low half of a word");
 
-constexpr uint64_t k22 = (uint64_t(1) << 22) - 1;  // pid and token fields
+constexpr uint64_t k22 = owner::kFieldMask;  // pid and token fields
 constexpr uint64_t kSleepers = uint64_t(1) << 31;
 constexpr uint64_t kCount = (uint64_t(1) << 20) - 1;
 constexpr long kPatienceNs = 50'000'000;  // sleep this long before checking on owners
 
-uint64_t writer_pid(uint64_t w) { return w & k22; }
-uint64_t writer_token(uint64_t w) { return (w >> 32) & k22; }
 uint64_t reader_pid(uint64_t v) { return (v >> 20) & k22; }
 uint64_t reader_token(uint64_t v) { return v >> 42; }
-
-// ---- who we are -------------------------------------------------------------------
-
-struct Self {
-    uint64_t pid;
-    uint64_t token;  // start time folded into 1..2^22-1; 0 unknown
-    uint64_t writer() const { return pid | token << 32; }
-    uint64_t reader() const { return pid << 20 | token << 42; }
-};
-
-// Start time of `pid` (clock ticks after boot, field 22 of /proc/PID/stat) as
-// a token: together with the pid it tells a process from a later one that
-// was given the same pid.  0 if it cannot be read.
-uint64_t start_token(uint64_t pid) {
-    char path[40];
-    std::snprintf(path, sizeof path, "/proc/%llu/stat", static_cast<unsigned long long>(pid));
-    int fd = ::open(path, O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return 0;
-    char buf[1024];
-    ssize_t n = ::read(fd, buf, sizeof buf - 1);
-    close(fd);
-    if (n <= 0) return 0;
-    buf[n] = '\0';
-    const char *p = std::strrchr(buf, ')');  // the command name may hold anything
-    unsigned long long start = 0;
-    if (!p || std::sscanf(p + 1, " %*c%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s%*s %llu", &start) != 1)
-        return 0;
-    return start % k22 + 1;
-}
+uint64_t reader_word(const owner::Id &me) { return me.pid << 20 | me.token << 42; }
+bool writer_dead(uint64_t w) { return owner::dead(w & ~kSleepers); }
 
 struct Registry {
     std::mutex mutex;
@@ -94,33 +67,14 @@ Registry &registry() {
     return *r;
 }
 
-std::atomic<uint64_t> g_pid{0};  // 0 until known (again after fork)
-std::atomic<uint64_t> g_token{0};
-
-void forget_self_in_child() {
-    g_pid.store(0);
+void reset_registry_in_child() {
     new (&registry().mutex) std::mutex;  // another thread of the parent may have held it
 }
 
-Self self() {
-    static const bool registered = pthread_atfork(nullptr, nullptr, forget_self_in_child) == 0;
+owner::Id self() {
+    static const bool registered = pthread_atfork(nullptr, nullptr, reset_registry_in_child) == 0;
     (void)registered;
-    uint64_t pid = g_pid.load(std::memory_order_acquire);
-    if (pid == 0) {
-        pid = uint64_t(getpid());
-        g_token.store(start_token(pid), std::memory_order_relaxed);
-        g_pid.store(pid, std::memory_order_release);
-    }
-    return {pid, g_token.load(std::memory_order_relaxed)};
-}
-
-// A recorded owner is dead if its pid is gone or now names a later process.
-// A dead process that has not been reaped yet still counts as alive.
-bool owner_dead(uint64_t pid, uint64_t token) {
-    if (pid == 0) return true;
-    if (kill(pid_t(pid), 0) != 0 && errno == ESRCH) return true;
-    uint64_t now = token ? start_token(pid) : 0;
-    return now != 0 && now != token;
+    return owner::self();
 }
 
 // ---- words in the shared page -------------------------------------------------------
@@ -144,7 +98,7 @@ void wake_all(uint64_t &w) { syscall(SYS_futex, &w, FUTEX_WAKE, INT_MAX, nullptr
 void await_writer(SharedLock &l, uint64_t w) {
     if (!(w & kSleepers) && !cas(l.writer, w, w | kSleepers)) return;  // it changed: look again
     w |= kSleepers;
-    if (!sleep_on(l.writer, w) && owner_dead(writer_pid(w), writer_token(w)) && cas(l.writer, w, 0))
+    if (!sleep_on(l.writer, w) && writer_dead(w) && cas(l.writer, w, 0))
         wake_all(l.writer);
 }
 
@@ -185,7 +139,7 @@ Binding *bind(cfg_lock &lock, int fd) {
 
 // This process's reader slot of lock `index`: claimed on first use, after
 // taking back slots of dead processes if none is free.  nullptr if full.
-uint64_t *reader_slot(Mapping &m, int index, const Self &me) {
+uint64_t *reader_slot(Mapping &m, int index, const owner::Id &me) {
     if (m.slot_pid[index].load(std::memory_order_acquire) == me.pid)
         return m.slot[index].load(std::memory_order_relaxed);
     std::lock_guard guard(registry().mutex);
@@ -194,10 +148,10 @@ uint64_t *reader_slot(Mapping &m, int index, const Self &me) {
     uint64_t *claimed = nullptr;
     for (int pass = 0; pass < 2 && !claimed; ++pass) {
         for (uint64_t &slot : l.readers)
-            if (!claimed && cas(slot, 0, me.reader())) claimed = &slot;
+            if (!claimed && cas(slot, 0, reader_word(me))) claimed = &slot;
         for (uint64_t &slot : l.readers) {
             uint64_t v = load(slot);
-            if (!claimed && v != 0 && owner_dead(reader_pid(v), reader_token(v))) cas(slot, v, 0);
+            if (!claimed && v != 0 && owner::dead(reader_pid(v), reader_token(v))) cas(slot, v, 0);
         }
     }
     if (!claimed) return nullptr;
@@ -231,7 +185,7 @@ void init(cfg_lock &lock, int index) {
 }
 
 int read(cfg_lock &lock, int fd) {
-    const Self me = self();
+    const owner::Id me = self();
     if (Hold *h = held(lock, me.pid)) {  // again: no waiting, a writer may be waiting for us
         __atomic_add_fetch(h->slot, 1, __ATOMIC_SEQ_CST);
         ++h->depth;
@@ -250,6 +204,7 @@ int read(cfg_lock &lock, int fd) {
     if (!slot || !free) return -1;
     for (;;) {
         __atomic_add_fetch(slot, 1, __ATOMIC_SEQ_CST);
+        crash::point(crash::kLockReading);
         uint64_t w = load(l.writer);
         if (w == 0 || again) break;
         leave(l, *slot);  // a writer holds it or waits for it: it goes first
@@ -260,17 +215,19 @@ int read(cfg_lock &lock, int fd) {
 }
 
 int write(cfg_lock &lock, int fd) {
-    const Self me = self();
+    const owner::Id me = self();
     Binding *b = bind(lock, fd);
     if (!b) return -1;
     SharedLock &l = b->map->locks[lock.index];
     // Claim the writer word (new readers now wait), then wait out the readers.
-    for (uint64_t want = me.writer(); !cas(l.writer, 0, want); want = me.writer() | kSleepers)
+    for (uint64_t want = me.word(); !cas(l.writer, 0, want); want = me.word() | kSleepers)
         if (uint64_t w = load(l.writer); w != 0) await_writer(l, w);
+    crash::point(crash::kLockClaimed);
     for (uint64_t &slot : l.readers)
         for (uint64_t v; ((v = load(slot)) & kCount) != 0;)
-            if (!sleep_on(slot, v) && owner_dead(reader_pid(v), reader_token(v))) cas(slot, v, 0);
+            if (!sleep_on(slot, v) && owner::dead(reader_pid(v), reader_token(v))) cas(slot, v, 0);
     lock.written.store(&l);
+    crash::point(crash::kLockHeld);
     return 0;
 }
 
@@ -285,7 +242,7 @@ int release_read(cfg_lock &lock, int) {
 int release_write(cfg_lock &lock, int) {
     SharedLock *l = lock.written.exchange(nullptr);
     if (!l) return -1;
-    const uint64_t mine = self().writer();
+    const uint64_t mine = self().word();
     for (uint64_t w = load(l->writer); (w & ~kSleepers) == mine; w = load(l->writer))
         if (cas(l->writer, w, 0)) {
             if (w & kSleepers) wake_all(l->writer);

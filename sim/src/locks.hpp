@@ -6,8 +6,9 @@
 // process claims one reader slot per lock and counts its readers there; a
 // writer publishes its pid in the writer word, which also keeps new readers
 // out while it waits for the readers present to leave (writers do not
-// starve).  Owners are recorded as pid plus a start-time token, so a waiter
-// that sleeps for long checks them and takes back what a dead process held.
+// starve).  Owners are recorded as pid plus a start-time token (owner.hpp),
+// so a waiter that sleeps for long checks them and takes back what a dead
+// process held; a process that has exited but is not reaped yet is dead.
 #pragma once
 
 #include <atomic>

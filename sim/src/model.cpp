@@ -5,13 +5,16 @@
 #include <cstring>
 #include <ctime>
 
+#include "crash.hpp"
 #include "ifaces.hpp"
+#include "owner.hpp"
 #include "util.hpp"
 
 namespace swsim::model {
 namespace {
 
 using layout::ConfigModel;
+using layout::CounterState;
 using layout::IfaceConfig;
 using layout::PortCounters;
 using layout::PortHardware;
@@ -87,14 +90,14 @@ constexpr std::array<StatDef, SW_MAX_STATISTIC> make_catalogue() {
 constexpr std::array<StatDef, SW_MAX_STATISTIC> kStats = make_catalogue();
 
 // Value of one own counter at time `now` given a consistent copy of the port.
-uint64_t own_value(const PortCounters &pc, int stat, uint64_t now) {
+uint64_t own_value(const CounterState &pc, int stat, uint64_t now) {
     const layout::Counter &c = pc.c[stat];
     if (!pc.running || now <= pc.checkpoint_ns) return c.base;
     unsigned __int128 grown = (unsigned __int128)c.rate_micro * (now - pc.checkpoint_ns) / 1'000'000'000'000'000ull;
     return c.base + uint64_t(grown);
 }
 
-uint64_t value_of(const PortCounters &pc, int stat, uint64_t now) {
+uint64_t value_of(const CounterState &pc, int stat, uint64_t now) {
     const StatDef &d = kStats[stat];
     switch (d.kind) {
     case Kind::Own:
@@ -111,42 +114,88 @@ uint64_t value_of(const PortCounters &pc, int stat, uint64_t now) {
     return 0;
 }
 
-// Reads a port's counter under its seqlock: writers make seq odd while they
-// rewrite, readers retry until they saw an even, unchanged seq.
-uint64_t read_counter(const PortCounters &pc, int stat) {
+uint64_t load_seq(const PortCounters &pc) { return __atomic_load_n(&pc.seq, __ATOMIC_ACQUIRE); }
+
+// Reads a port's counter state without waiting: `live` while seq is even,
+// `next` while it is odd (whole by then, even if its writer died), again if
+// seq moved while we read.
+template <class Read>
+auto read_stable(const PortCounters &pc, Read read) {
     for (;;) {
-        uint32_t s1 = __atomic_load_n(&pc.seq, __ATOMIC_ACQUIRE);
-        if (s1 & 1) continue;
-        uint64_t value = value_of(pc, stat, monotonic_ns());
+        const uint32_t s1 = load_seq(pc);
+        auto value = read(s1 & 1 ? pc.next : pc.live);
         __atomic_thread_fence(__ATOMIC_ACQUIRE);
         if (__atomic_load_n(&pc.seq, __ATOMIC_RELAXED) == s1) return value;
     }
 }
 
-// Folds the growth since the last checkpoint into the bases, starts a new
-// checkpoint and sets the rates for the port's load and duplex.  `edit` may
-// change the bases in between.
-template <class Edit>
-void checkpoint(PortCounters &pc, bool running, bool full_duplex, uint64_t pps, Edit edit) {
-    __atomic_add_fetch(&pc.seq, 1, __ATOMIC_ACQ_REL);
-    __atomic_thread_fence(__ATOMIC_RELEASE);
-    uint64_t now = monotonic_ns();
-    for (int i = 0; i < SW_MAX_STATISTIC; ++i)
-        if (kStats[i].kind == Kind::Own) pc.c[i].base = own_value(pc, i, now);
-    pc.checkpoint_ns = now;
-    pc.running = running;
-    pc.traffic_pps = pps;
-    for (int i = 0; i < SW_MAX_STATISTIC; ++i) {
-        const StatDef &d = kStats[i];
-        bool flows = d.kind == Kind::Own && !(d.half_only && full_duplex);
-        pc.c[i].rate_micro = flows ? pps * d.micro : 0;
-    }
-    edit(pc);
+uint64_t read_counter(const PortCounters &pc, int stat) {
+    return read_stable(pc, [&](const CounterState &s) { return value_of(s, stat, monotonic_ns()); });
+}
+
+// While seq is odd: copies `next` over `live` and turns seq even.
+void finish_copy(PortCounters &pc) {
+    auto *to = reinterpret_cast<unsigned char *>(&pc.live);
+    const auto *from = reinterpret_cast<const unsigned char *>(&pc.next);
+    constexpr std::size_t half = sizeof(CounterState) / 2;
+    std::memcpy(to, from, half);
+    crash::point(crash::kCounterCopying);
+    std::memcpy(to + half, from + half, sizeof(CounterState) - half);
     __atomic_add_fetch(&pc.seq, 1, __ATOMIC_RELEASE);
 }
 
-void checkpoint(PortCounters &pc, bool running, bool full_duplex, uint64_t pps) {
-    checkpoint(pc, running, full_duplex, pps, [](PortCounters &) {});
+void publish(PortCounters &pc) {
+    __atomic_add_fetch(&pc.seq, 1, __ATOMIC_ACQ_REL);
+    __atomic_thread_fence(__ATOMIC_RELEASE);
+    finish_copy(pc);
+}
+
+// The right to rewrite one port's counters: the port's writer word.  Taking
+// it waits for a live writer and takes over from a dead one, finishing the
+// copy the dead one may have left half done.
+class CounterWriter {
+public:
+    explicit CounterWriter(PortCounters &pc) : pc_(pc), me_(owner::self().word()) {
+        for (owner::Backoff wait;;) {
+            uint64_t w = __atomic_load_n(&pc.writer, __ATOMIC_ACQUIRE);
+            if (w == 0 ? claim(0) : wait.pause() && owner::dead(w) && claim(w)) break;
+        }
+        if (load_seq(pc) & 1) finish_copy(pc);
+    }
+    ~CounterWriter() { __atomic_store_n(&pc_.writer, uint64_t(0), __ATOMIC_RELEASE); }
+    CounterWriter(const CounterWriter &) = delete;
+    CounterWriter &operator=(const CounterWriter &) = delete;
+
+private:
+    bool claim(uint64_t from) {
+        return __atomic_compare_exchange_n(&pc_.writer, &from, me_, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+    }
+    PortCounters &pc_;
+    uint64_t me_;
+};
+
+// Folds the growth since the last checkpoint into the bases, starts a new
+// checkpoint, lets `edit` change the state (running, offered load, a base)
+// and sets the rates for the load and the port's duplex.
+template <class Edit>
+void checkpoint(PortCounters &pc, bool full_duplex, Edit edit) {
+    CounterWriter writer(pc);
+    crash::point(crash::kCounterClaimed);
+    CounterState &n = pc.next;
+    n = pc.live;
+    const uint64_t now = monotonic_ns();
+    for (int i = 0; i < SW_MAX_STATISTIC; ++i)
+        if (kStats[i].kind == Kind::Own) n.c[i].base = own_value(pc.live, i, now);
+    n.checkpoint_ns = now;
+    edit(n);
+    for (int i = 0; i < SW_MAX_STATISTIC; ++i) {
+        const StatDef &d = kStats[i];
+        bool flows = d.kind == Kind::Own && !(d.half_only && full_duplex);
+        n.c[i].rate_micro = flows ? n.traffic_pps * d.micro : 0;
+    }
+    crash::point(crash::kCounterPrepared);
+    publish(pc);
+    crash::point(crash::kCounterCopied);
 }
 
 uint64_t fnv(const void *data, std::size_t n, uint64_t h) {
@@ -238,8 +287,7 @@ void refresh_port(View &v, int unit0, int port0) {
     st.duplex = full;
     st.rx_pause = up && (cf.pause & 1);
     st.tx_pause = up && (cf.pause & 2);
-    PortCounters &pc = v.stats->ports[phys];
-    checkpoint(pc, up, full, pc.traffic_pps);
+    checkpoint(v.stats->ports[phys], full, [&](CounterState &n) { n.running = up; });
 }
 
 void refresh_unit(View &v, int unit0) {
@@ -280,19 +328,24 @@ uint64_t counter(const View &v, int iface, int stat) {
     return total;
 }
 
+uint64_t offered_load(const View &v, int phys) {
+    return read_stable(v.stats->ports[phys], [](const CounterState &s) { return s.traffic_pps; });
+}
+namespace {
+bool port_full_duplex(const View &v, int phys) {
+    return v.status->units[phys / SW_PORTS_PER_UNIT].ports[phys % SW_PORTS_PER_UNIT].duplex;
+}
+}  // namespace
+
 bool stat_settable(int stat) { return stat >= 0 && stat < SW_MAX_STATISTIC && kStats[stat].kind != Kind::Sum; }
 
 void set_counter(View &v, int phys, int stat, uint64_t value) {
     const int own = kStats[stat].kind == Kind::Same ? kStats[stat].parts[0] : stat;
-    PortCounters &pc = v.stats->ports[phys];
-    const bool full = v.status->units[phys / SW_PORTS_PER_UNIT].ports[phys % SW_PORTS_PER_UNIT].duplex;
-    checkpoint(pc, pc.running, full, pc.traffic_pps, [&](PortCounters &c) { c.c[own].base = value; });
+    checkpoint(v.stats->ports[phys], port_full_duplex(v, phys), [&](CounterState &n) { n.c[own].base = value; });
 }
 
 void set_traffic(View &v, int phys, uint64_t pps) {
-    PortCounters &pc = v.stats->ports[phys];
-    const bool full = v.status->units[phys / SW_PORTS_PER_UNIT].ports[phys % SW_PORTS_PER_UNIT].duplex;
-    checkpoint(pc, pc.running, full, pps);
+    checkpoint(v.stats->ports[phys], port_full_duplex(v, phys), [&](CounterState &n) { n.traffic_pps = pps; });
 }
 
 // ---- configuration setters ---------------------------------------------------------------
@@ -409,6 +462,11 @@ int64_t realtime_ns() {
     struct timespec ts {};
     clock_gettime(CLOCK_REALTIME, &ts);
     return int64_t(ts.tv_sec) * 1'000'000'000 + ts.tv_nsec;
+}
+
+uint64_t ns_since(int64_t then) {
+    const int64_t now = realtime_ns();
+    return now > then ? uint64_t(now) - uint64_t(then) : 0;
 }
 
 }  // namespace swsim::model

@@ -87,6 +87,8 @@ sw_port_info_t port_info(const View &v, int iface);
 // ---- counters -------------------------------------------------------------------
 
 uint64_t counter(const View &v, int iface, int stat);
+// The packets/s offered to a physical port each way.
+uint64_t offered_load(const View &v, int phys);
 // Statistic numbers that are a count of their own (not a sum of others).
 bool stat_settable(int stat);
 void set_counter(View &v, int phys, int stat, uint64_t value);
@@ -112,6 +114,8 @@ void hardware_hash(const View &v, uint8_t out[16]);
 void status_hash(const View &v, uint8_t out[16]);
 uint64_t monotonic_ns();
 int64_t realtime_ns();
+// Realtime nanoseconds since `then` (0 if it lies ahead), whatever `then` holds.
+uint64_t ns_since(int64_t then);
 
 // ---- bigger changes ---------------------------------------------------------------
 

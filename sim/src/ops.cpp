@@ -41,7 +41,7 @@ void init_trunk_iface(View &v, int trunk0) {
 }  // namespace
 
 void check_port(const View &v, int unit0, int port0) {
-    if (!unit_in_range(unit0)) fail("no unit " + std::to_string(unit0 + 1) + " (units are 1..8)");
+    if (!unit_in_range(unit0)) fail("no unit " + std::to_string(human(unit0)) + " (units are 1..8)");
     if (!port_exists(v, unit0, port0)) fail("no port " + port_name(unit0, port0));
 }
 
@@ -65,9 +65,9 @@ void check_vid(int vid) {
 }
 
 void set_unit_present(View &v, int unit0, bool present) {
-    if (!unit_in_range(unit0)) fail("no unit " + std::to_string(unit0 + 1) + " (units are 1..8)");
+    if (!unit_in_range(unit0)) fail("no unit " + std::to_string(human(unit0)) + " (units are 1..8)");
     sw_unit_status_t &u = v.status->units[unit0];
-    if (!u.status2) fail("unit " + std::to_string(unit0 + 1) + " is not part of this stack");
+    if (!u.status2) fail("unit " + std::to_string(human(unit0)) + " is not part of this stack");
     if ((u.present != 0) != present) note_iface_change(v);
     u.present = present ? 1 : 0;
     refresh_unit(v, unit0);
@@ -110,10 +110,10 @@ void trunk_create(View &v, int trunk0, bool dynamic) {
     check_trunk_id(trunk0);
     layout::TrunkConfig &t = v.cfg->trunks[trunk0];
     if (t.configured) fail(trunk_name(trunk0) + " already exists");
-    t.configured = 1;
-    t.dynamic = dynamic ? 1 : 0;
     init_trunk_iface(v, trunk0);
     l2proto::reset_trunk(v, trunk0);
+    t.dynamic = dynamic ? 1 : 0;
+    t.configured = 1;  // complete: the trunk exists
 }
 
 void trunk_destroy(View &v, int trunk0) {
@@ -122,11 +122,11 @@ void trunk_destroy(View &v, int trunk0) {
     if (!t.configured) fail(trunk_name(trunk0) + " is not configured");
     if (!trunk_empty(v, trunk0)) note_iface_change(v);
     for (auto [u, p] : trunk_members(v, trunk0)) swp::cfg_image::set_trunk_member(v.image, trunk0, u, p, false);
-    t = layout::TrunkConfig{};
     for (int vid = 1; vid <= SW_MAX_VLAN_ID; ++vid) v.cfg->members[vid][kPhysPorts + trunk0] = 0;
     fdb_remove_if(v, [&](const layout::FdbEntry &e) {
         return (e.flags & swp::mac_entry::kFlagTrunk) && e.trunk == trunk0;
     });
+    t = layout::TrunkConfig{};  // last: the trunk is gone with nothing of it left
 }
 
 void trunk_add_port(View &v, int trunk0, int unit0, int port0) {

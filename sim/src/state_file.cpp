@@ -10,6 +10,7 @@
 #include <ctime>
 #include <filesystem>
 
+#include "state_check.hpp"
 #include "swsim/control.hpp"
 
 namespace swsim {
@@ -111,7 +112,9 @@ std::unique_ptr<StateFile> StateFile::open(const std::string &path) {
         throw;
     }
     uint8_t *base = map_file(path, fd, h.total_size);
-    return std::unique_ptr<StateFile>(new StateFile(path, fd, base, h.total_size));
+    auto file = std::unique_ptr<StateFile>(new StateFile(path, fd, base, h.total_size));
+    if (std::string damage = find_damage(file->view_); !damage.empty()) fail(path, "damaged " + damage);
+    return file;
 }
 
 std::unique_ptr<StateFile> StateFile::create(const std::string &path) {

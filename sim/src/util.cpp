@@ -32,11 +32,11 @@ bool parse_mac(const std::string &text, uint8_t mac[6]) {
     return true;
 }
 
-std::string trunk_name(int trunk0) { return "trunk " + std::to_string(trunk0 + 1); }
+std::string trunk_name(int trunk0) { return "trunk " + std::to_string(human(trunk0)); }
 
 std::string port_name(int unit0, int port0) {
     if (unit0 == 0 && port0 >= layout::kTrunkPortBase) return trunk_name(port0 - layout::kTrunkPortBase);
-    return std::to_string(unit0 + 1) + "/" + std::to_string(port0 + 1);
+    return std::to_string(human(unit0)) + "/" + std::to_string(human(port0));
 }
 
 }  // namespace swsim

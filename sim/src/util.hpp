@@ -35,7 +35,9 @@ std::string mac_text(const uint8_t mac[6]);
 // "aa:bb:cc:dd:ee:ff" (or with '-'); false if malformed.
 bool parse_mac(const std::string &text, uint8_t mac[6]);
 
-// Human names: units, ports and trunks count from one.
+// Human names: units, ports and trunks count from one.  The number of a
+// zero-based index, wide enough for any int.
+inline long long human(int index0) { return (long long)index0 + 1; }
 std::string port_name(int unit0, int port0);  // "1/5", or "trunk 3" for 512+
 std::string trunk_name(int trunk0);           // "trunk 3"
 

@@ -41,7 +41,7 @@ TEST_F(TempDir, BadStateFilesAreRefusedWithTheirProblem) {
     swsim::create_state_from_json(state_, "{}");
     const uint32_t newer = 99;
     patch(state_, 8, &newer, sizeof newer);
-    EXPECT_EQ(open_error(state_), state_ + ": made by a newer simulator (layout version 99, this one reads 1)");
+    EXPECT_EQ(open_error(state_), state_ + ": made by a newer simulator (layout version 99, this one reads 2)");
 }
 
 TEST_F(TempDir, WithoutAStateEveryCallFailsCleanly) {

@@ -64,10 +64,12 @@ protected:
     }
     void TearDown() override { std::filesystem::remove_all(dir_); }
 
-    // Runs swctl on this test's state file with `args`.
-    SwctlRun swctl(const std::string &args) {
+    // Runs swctl on this test's state file with `args` (and environment
+    // settings `env`, "NAME=value ...").
+    SwctlRun swctl(const std::string &args, const std::string &env = "") {
         const std::string out = dir_ + "/swctl.out", err = dir_ + "/swctl.err";
-        const std::string cmd = std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >" + out + " 2>" + err;
+        const std::string cmd =
+            env + " " + std::string(SWCTL_PATH) + " --state " + state_ + " " + args + " >" + out + " 2>" + err;
         const int status = std::system(cmd.c_str());
         auto slurp = [](const std::string &path) {
             std::stringstream s;

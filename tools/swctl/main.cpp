@@ -45,17 +45,24 @@ uint64_t parse_u64(const std::string &text, const std::string &what) {
     }
 }
 
+// A number counted from one as a zero-based index, plus `base`.
+int parse_index(const std::string &text, const std::string &what, int base = 0) {
+    const long long v = (long long)parse_int(text, what) - 1 + base;
+    if (v < INT32_MIN || v > INT32_MAX) throw Error("'" + text + "' is not a " + what);
+    return int(v);
+}
+
 // "U/P" from one; "T<n>" when trunks are allowed.
 PortRef parse_port(const std::string &text, bool trunk_ok = false) {
     if (trunk_ok && !text.empty() && (text[0] == 'T' || text[0] == 't'))
-        return {0, 512 + parse_int(text.substr(1), "trunk number") - 1};
+        return {0, parse_index(text.substr(1), "trunk number", 512)};
     auto slash = text.find('/');
     if (slash == std::string::npos)
         throw Error("'" + text + "' is not a port (UNIT/PORT, e.g. 1/5" + (trunk_ok ? ", or Tn for a trunk)" : ")"));
-    return {parse_int(text.substr(0, slash), "unit number") - 1, parse_int(text.substr(slash + 1), "port number") - 1};
+    return {parse_index(text.substr(0, slash), "unit number"), parse_index(text.substr(slash + 1), "port number")};
 }
 
-int parse_trunk(const std::string &text) { return parse_int(text, "trunk number (1..128)") - 1; }
+int parse_trunk(const std::string &text) { return parse_index(text, "trunk number (1..128)"); }
 
 std::string port_text(int unit0, int port0) {
     if (unit0 == 0 && port0 >= 512) return "T" + std::to_string(port0 - 512 + 1);
@@ -267,7 +274,7 @@ private:
 
     void add_hardware() {
         auto *unit = add("unit", "Put a unit into the stack or take it out", [this](swsim::Switch &sw) {
-            sw.set_unit_present(parse_int(a_, "unit number") - 1, b_ == "present");
+            sw.set_unit_present(parse_index(a_, "unit number"), b_ == "present");
         });
         unit->add_option("unit", a_, "Unit number (1..8)")->required();
         unit->add_option("state", b_, "present or absent")->required()->check(CLI::IsMember({"present", "absent"}));

@@ -364,4 +364,13 @@ public:
 // The names of the platform calls that faults can be armed on.
 const std::vector<std::string> &faultable_calls();
 
+// Crash testing.  The next time this process reaches the named step of a
+// write to the shared state (crash_steps(): "counter-copying", "lock-held",
+// ...), it sends itself `signal`: SIGKILL (9) to die there, SIGSTOP (19) to
+// freeze there.  An empty step disarms.  The environment variable
+// SWSIM_CRASH_AT="STEP" or "STEP:SIGNAL" arms a step as the library loads,
+// for processes such as swctl and snmpd.
+void crash_at(const std::string &step, int signal = 9);
+const std::vector<std::string> &crash_steps();
+
 }  // namespace swsim
