@@ -81,6 +81,7 @@ TEST_F(IfIndexTest, PopulationOrderAndCount) {
 
     // A damaged port count (the platform refuses it) or a failing one walks
     // none of the unit's ports, and the walk goes on with the next unit.
+    sw().set_unit_present(2, true);
     get_status()->units[0].user_ports = 100'000'000;
     rows().clear();
     ifindex_populate(add_int_row, false);
