@@ -4,6 +4,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,7 +16,8 @@ std::vector<std::string> expected_exports() {
     std::vector<std::string> names = {
         "init_libsnmpdAPI", "init_scalars",   "ifindex_is_trunk", "ifindex_is_vlan",
         "ifindex_to_unit0", "ifindex_to_port0", "ifindex_to_trunk0", "port_to_ifindex",
-        "trunk_to_ifindex", "get_ifName",     "get_ifDescr",
+        "trunk_to_ifindex", "get_ifName",     "get_ifDescr", "snmp_vlan_get_member_bitmap",
+        "snmp_vlan_set_member_bitmap",
     };
 #define SA_X_RW(name) names.push_back("set_" #name);
 #define SA_X_RO(name)
@@ -58,6 +62,24 @@ TEST(Exports, EveryConventionalFunctionIsExported) {
     EXPECT_GT(names.size(), 150u);
     for (const std::string &name : names) EXPECT_NE(dlsym(module, name.c_str()), nullptr) << name;
     dlclose(module);
+}
+
+// ... and nothing else: no C++ name of the core, no helper.
+TEST(Exports, NothingElseIsExported) {
+    const auto list = expected_exports();
+    const std::set<std::string> expected(list.begin(), list.end());
+    FILE *nm = popen("nm -D --defined-only '" MODULE_PATH "'", "r");
+    ASSERT_NE(nm, nullptr);
+    std::set<std::string> exported;
+    char line[1024];
+    while (std::fgets(line, sizeof line, nm)) {
+        std::istringstream words(line);
+        std::string address, kind, name;
+        if (words >> address >> kind >> name) exported.insert(name);
+    }
+    ASSERT_EQ(pclose(nm), 0);
+    ASSERT_FALSE(exported.empty());
+    for (const std::string &name : exported) EXPECT_TRUE(expected.count(name)) << name << " is exported";
 }
 
 }  // namespace
