@@ -79,6 +79,9 @@ enum : int { kCopper = SW_PORT_TYPE_1000T, kSfpPlus = SW_PORT_TYPE_10GX, kTrunk 
 
 // Statistic numbers of bcmd_snmp_stat_get.
 namespace stat = swp::stat;
+// Whether a statistic can be set: false for the sums of others (and for
+// numbers out of range).
+bool statistic_settable(int stat);
 
 struct JournalEntry {
     uint64_t seq;
