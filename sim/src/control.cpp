@@ -18,6 +18,8 @@ namespace {
 constexpr int kConfigLock = 2;
 }  // namespace
 
+bool statistic_settable(int stat) { return model::stat_settable(stat); }
+
 std::string default_state_path() {
     const char *env = std::getenv("SWSIM_STATE");
     return env && *env ? env : kDefaultStatePath;

@@ -13,6 +13,7 @@
 #include "ifaces.hpp"
 #include "l2proto.hpp"
 #include "model.hpp"
+#include "state_install.hpp"
 #include "vlans.hpp"
 #include "traffic.hpp"
 #include "util.hpp"
@@ -847,21 +848,19 @@ private:
 
 void build(const std::string &state_path, const json &doc, const std::string &origin) {
     Source src{origin};
-    // Built beside the target and renamed over it, so a bad scenario leaves
-    // any existing state alone.
+    // Built beside the target and installed only when complete, so a bad
+    // scenario leaves any existing state alone.
     const std::string tmp = state_path + ".new." + std::to_string(getpid());
+    std::unique_ptr<StateFile> file;
     try {
-        auto file = StateFile::create(tmp);
+        file = StateFile::create(tmp);
         Builder(file->view(), src).build(Field(src, doc, ""));
         file->sync();
     } catch (...) {
         unlink(tmp.c_str());
         throw;
     }
-    if (rename(tmp.c_str(), state_path.c_str()) != 0) {
-        unlink(tmp.c_str());
-        throw Error(state_path + ": cannot create: " + std::strerror(errno));
-    }
+    install_state(*file, tmp, state_path);
 }
 
 }  // namespace

@@ -1,6 +1,12 @@
-// The agent over time: a crash and restart on the same switch, and a unit
-// leaving the stack under a running agent.
+// The agent over time: a crash and restart on the same switch, a unit
+// leaving the stack under a running agent, and the switch created anew under
+// it.
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <thread>
 
 #include "fixture.hpp"
 
@@ -56,6 +62,60 @@ TEST_F(Topology, RemovedUnitLosesItsRowsAtTheNextRequest) {
     sw().set_unit_present(kUnit0, true);
     EXPECT_EQ(must_get(oids::base_port_column(1, first)).integer, first);
     EXPECT_TRUE(expect_rows_of_the_switch());
+}
+
+class Recreate : public AgentTest<Recreate> {};
+
+// `swctl create --force` while the agent runs: the agent answers for the new
+// switch from its next request on, and keeps answering while it happens.
+TEST_F(Recreate, TheAgentAnswersForTheSwitchCreatedUnderIt) {
+    struct Scenario {
+        const char *file, *name;
+    };
+    const Scenario kMax{"scenarios/max.json", "sw-max"}, kDefault{"scenarios/default.json", "sw-lab-01"};
+    const auto inode = [&] {
+        struct stat st {};
+        EXPECT_EQ(stat(agent().state_path().c_str(), &st), 0);
+        return st.st_ino;
+    };
+    const auto create = [&](const Scenario &s) {
+        const std::string cmd = std::string(SWCTL_PATH) + " --state " + agent().state_path() + " create --force " +
+                                SOURCE_DIR + "/" + s.file;
+        ASSERT_EQ(std::system(cmd.c_str()), 0) << cmd;
+        EXPECT_EQ(must_get(oids::kSysName).bytes, s.name);
+        EXPECT_EQ(must_get(oids::kIfNumber).integer, int64_t(expected_port_rows(sw()).size())) << s.file;
+    };
+    const auto the_file = inode();
+    ASSERT_EQ(must_get(oids::kSysName).bytes, kDefault.name);
+    const int64_t default_ports = must_get(oids::kIfNumber).integer;
+
+    create(kMax);
+    EXPECT_EQ(inode(), the_file) << "the same file, rewritten";
+    EXPECT_GT(must_get(oids::kIfNumber).integer, default_ports);
+    const Oid base_ports = child(oids::kBasePortEntry, {1});
+    EXPECT_EQ(row_indexes(reader().walk(base_ports), base_ports), expected_port_rows(sw()));
+
+    // Another manager keeps asking while the switch is replaced back and forth.
+    std::atomic<bool> done{false};
+    std::vector<std::string> wrong;
+    std::thread asker([&] {
+        Session session(agent().port(), "public");
+        while (!done.load()) {
+            const Response r = session.get({oids::kSysName, oids::kIfNumber});
+            const bool fine = r.answered && r.error_status == kNoError && r.varbinds.size() == 2 &&
+                              (r.varbinds[0].bytes == kMax.name || r.varbinds[0].bytes == kDefault.name) &&
+                              r.varbinds[1].type == kInteger;
+            if (!fine) wrong.push_back(r.varbinds.empty() ? "no answer" : describe(r.varbinds[0]));
+        }
+    });
+    for (int round = 0; round < 3; ++round) {
+        create(kDefault);
+        create(kMax);
+    }
+    done.store(true);
+    asker.join();
+    EXPECT_TRUE(wrong.empty()) << wrong.size() << " bad answers, the first: " << wrong.front();
+    EXPECT_EQ(inode(), the_file);
 }
 
 }  // namespace

@@ -6,11 +6,14 @@
 // made on the live state file under the configuration write lock, so an agent
 // serving requests sees it at once.
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <sstream>
 
 #include "swplatform/platform.h"
@@ -101,6 +104,94 @@ void parse_mac(const std::string &text, uint8_t mac[6]) {
     for (int i = 0; i < 6; ++i) mac[i] = uint8_t(v[i]);
 }
 
+std::string lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return text;
+}
+
+// ---- state words ---------------------------------------------------------------------------
+//
+// Every verb that switches something on or off takes the same words for its
+// two states, and may name them its own way as well ("present"/"absent").
+
+struct StateWords {
+    std::string on, off;
+};
+
+const std::vector<StateWords> kStateWords = {{"on", "off"},           {"up", "down"}, {"enable", "disable"},
+                                             {"enabled", "disabled"}, {"yes", "no"},  {"true", "false"},
+                                             {"1", "0"}};
+const StateWords kOnOff = kStateWords[0];
+
+// The state `word` names for a verb whose own words are `own`.
+std::optional<bool> state_of(const std::string &word, const StateWords &own) {
+    const std::string w = lower(word);
+    if (w == own.on) return true;
+    if (w == own.off) return false;
+    for (const StateWords &s : kStateWords) {
+        if (w == s.on) return true;
+        if (w == s.off) return false;
+    }
+    return std::nullopt;
+}
+
+// "on/off, up/down, ..." without the verb's own words.
+std::string state_synonyms(const StateWords &own) {
+    std::string also;
+    for (const StateWords &s : kStateWords)
+        if (s.on != own.on) also += (also.empty() ? "" : ", ") + s.on + "/" + s.off;
+    return also;
+}
+
+// "present or absent (also on/off, up/down, ...)"
+std::string state_help(const StateWords &own) {
+    return own.on + " or " + own.off + " (also " + state_synonyms(own) + ")";
+}
+
+// The positional "state" of `cmd`: sets `on` from a state word.
+CLI::Option *add_state(CLI::App *cmd, bool &on, const StateWords &own) {
+    auto to_bool = [own](std::string &word) -> std::string {
+        const auto state = state_of(word, own);
+        if (!state) return "'" + word + "' is not " + own.on + " or " + own.off;
+        word = *state ? "1" : "0";
+        return "";
+    };
+    return cmd->add_option("state", on, state_help(own))->required()->type_name("STATE")->transform(CLI::Validator(to_bool, ""));
+}
+
+// ---- statistics ----------------------------------------------------------------------------
+
+// STAT as a number or a name of swsim::stat (any case).
+int parse_stat(const std::string &text) {
+    for (const auto &s : swsim::stat::kNamed)
+        if (lower(text) == lower(s.name)) return s.number;
+    return parse_int(text, "statistic number or name (see swctl counter --help)");
+}
+
+// The statistics by number and name, three to a line; * marks the sums.
+std::string stat_table() {
+    std::string text = "Statistics (* the sum of others: set those):\n";
+    const std::size_t n = std::size(swsim::stat::kNamed);
+    for (std::size_t i = 0; i < n; ++i) {
+        const auto &s = swsim::stat::kNamed[i];
+        const bool last = i % 3 == 2 || i + 1 == n;
+        char cell[40];
+        std::snprintf(cell, sizeof cell, "%4d%c %-*s", s.number, swsim::statistic_settable(s.number) ? ' ' : '*',
+                      last ? 0 : 22, s.name);
+        text += cell + std::string(last ? "\n" : "");
+    }
+    return text;
+}
+
+// Port type codes as the port table shows them.
+const char *port_type_name(int type) {
+    static const std::map<int, const char *> names = {
+        {SW_PORT_TYPE_100TX, "100tx"}, {SW_PORT_TYPE_1000T, "copper"}, {SW_PORT_TYPE_1000X, "sfp"},
+        {SW_PORT_TYPE_10GX, "sfp+"},   {SW_PORT_TYPE_100FX, "100fx"},  {SW_PORT_TYPE_TRUNK, "trunk"}};
+    auto it = names.find(type);
+    return it == names.end() ? "?" : it->second;
+}
+
 // ---- show ----------------------------------------------------------------------------------
 
 void show_system(const swsim::Switch &sw) {
@@ -125,12 +216,11 @@ void show_units(const swsim::Switch &sw) {
 
 void show_port_line(const swsim::Switch &sw, int unit0, int port0) {
     auto p = sw.port(unit0, port0);
-    static const char *types[] = {"?", "copper", "sfp+", "trunk"};
     std::string speed = p.link ? std::to_string(p.speed) + (p.full_duplex ? " full" : " half") : "-";
     std::string config = p.config_speed ? std::to_string(p.config_speed) : "auto";
     std::string sfp = p.sfp_slot ? (p.sfp_fitted ? "fitted" : "empty") : "";
     std::printf("%-6s %-7s %-4s %-10s %-5s %-6s %-6s %-5s %-9s %s\n", port_text(unit0, port0).c_str(),
-                p.type >= 0 && p.type <= 3 ? types[p.type] : "?", p.link ? "up" : "down", speed.c_str(),
+                port_type_name(p.type), p.link ? "up" : "down", speed.c_str(),
                 config.c_str(), p.admin ? "on" : "off", sfp.c_str(), p.trunk0 >= 0 ? ("T" + std::to_string(p.trunk0 + 1)).c_str() : "",
                 p.traffic_pps ? std::to_string(p.traffic_pps).c_str() : "", p.description.c_str());
 }
@@ -217,7 +307,19 @@ public:
         } catch (const CLI::CallForAllHelp &e) {
             return app_.exit(e);
         } catch (const CLI::ParseError &e) {
-            std::cerr << "swctl: " << e.what() << " (see swctl --help)\n";
+            // A command that takes commands: the word where one was expected.
+            const CLI::App *at = innermost();
+            const std::string help = "(see " + words_of(at, "swctl") + " --help)";
+            const std::string chosen = words_of(at);
+            const auto left = at->remaining();
+            if (at->get_require_subcommand_min() == 0)
+                std::cerr << "swctl: " << e.what() << " " << help << "\n";
+            else if (!left.empty())
+                std::cerr << "swctl: unknown command '" << chosen + (chosen.empty() ? "" : " ") + left.front()
+                          << "' " << help << "\n";
+            else
+                std::cerr << "swctl: missing command" << (chosen.empty() ? "" : " after '" + chosen + "'") << ": "
+                          << commands_of(at) << " " << help << "\n";
             return 1;
         } catch (const std::exception &e) {
             std::cerr << "swctl: " << e.what() << "\n";
@@ -227,6 +329,28 @@ public:
 
 private:
     using Action = std::function<void(swsim::Switch &)>;
+
+    // The last command the command line chose (the tool itself if none).
+    const CLI::App *innermost() const {
+        const CLI::App *at = &app_;
+        while (!at->get_subcommands().empty()) at = at->get_subcommands().front();
+        return at;
+    }
+    // The words that chose `at`, after `first` ("swctl trunk add").
+    static std::string words_of(const CLI::App *at, std::string first = "") {
+        std::vector<std::string> words;
+        for (; at->get_parent(); at = at->get_parent()) words.insert(words.begin(), at->get_name());
+        for (const std::string &w : words) first += (first.empty() ? "" : " ") + w;
+        return first;
+    }
+    // "create, destroy, add or remove"
+    static std::string commands_of(const CLI::App *at) {
+        std::string text;
+        const auto subs = at->get_subcommands({});
+        for (std::size_t i = 0; i < subs.size(); ++i)
+            text += (i == 0 ? "" : i + 1 == subs.size() ? " or " : ", ") + subs[i]->get_name();
+        return text;
+    }
 
     // A subcommand that works on the live switch.
     CLI::App *add(CLI::App *parent, const std::string &name, const std::string &help, Action act) {
@@ -274,17 +398,17 @@ private:
 
     void add_hardware() {
         auto *unit = add("unit", "Put a unit into the stack or take it out", [this](swsim::Switch &sw) {
-            sw.set_unit_present(parse_index(a_, "unit number"), b_ == "present");
+            sw.set_unit_present(parse_index(a_, "unit number"), on_);
         });
         unit->add_option("unit", a_, "Unit number (1..8)")->required();
-        unit->add_option("state", b_, "present or absent")->required()->check(CLI::IsMember({"present", "absent"}));
+        add_state(unit, on_, {"present", "absent"});
 
         auto *link = add("link", "Plug or unplug a port's link partner", [this](swsim::Switch &sw) {
             auto p = parse_port(a_);
-            sw.set_link(p.unit0, p.port0, b_ == "up");
+            sw.set_link(p.unit0, p.port0, on_);
         });
         link->add_option("port", a_, "UNIT/PORT")->required();
-        link->add_option("state", b_, "up or down")->required()->check(CLI::IsMember({"up", "down"}));
+        add_state(link, on_, {"up", "down"});
 
         auto *speed = add("speed", "Set the speed and duplex the link partner offers", [this](swsim::Switch &sw) {
             auto p = parse_port(a_);
@@ -296,17 +420,17 @@ private:
 
         auto *admin = add("port", "Enable or disable a port or trunk (Tn), as the operator would", [this](swsim::Switch &sw) {
             auto p = parse_port(a_, true);
-            sw.set_port_admin(p.unit0, p.port0, b_ == "enable");
+            sw.set_port_admin(p.unit0, p.port0, on_);
         });
         admin->add_option("port", a_, "UNIT/PORT or Tn")->required();
-        admin->add_option("state", b_, "enable or disable")->required()->check(CLI::IsMember({"enable", "disable"}));
+        add_state(admin, on_, {"enable", "disable"});
 
         auto *sfp = add("sfp", "Fit or pull a port's transceiver", [this](swsim::Switch &sw) {
             auto p = parse_port(a_);
-            sw.set_transceiver(p.unit0, p.port0, b_ == "fitted");
+            sw.set_transceiver(p.unit0, p.port0, on_);
         });
         sfp->add_option("port", a_, "UNIT/PORT")->required();
-        sfp->add_option("state", b_, "fitted or pulled")->required()->check(CLI::IsMember({"fitted", "pulled"}));
+        add_state(sfp, on_, {"fitted", "pulled"});
     }
 
     void add_trunk() {
@@ -393,12 +517,13 @@ private:
     }
 
     void add_counters() {
-        auto *counter = add("counter", "Set a port's statistic STAT (0..95) to VALUE", [this](swsim::Switch &sw) {
+        auto *counter = add("counter", "Set a port's statistic STAT to VALUE", [this](swsim::Switch &sw) {
             auto p = parse_port(a_);
-            sw.set_counter(p.unit0, p.port0, parse_int(b_, "statistic number"), parse_u64(c_, "counter value"));
+            sw.set_counter(p.unit0, p.port0, parse_stat(b_), parse_u64(c_, "counter value"));
         });
         counter->add_option("port", a_, "UNIT/PORT")->required();
-        counter->add_option("stat", b_, "Statistic number")->required();
+        counter->add_option("stat", b_, "Statistic number or name (below)")->required();
+        counter->footer(stat_table());
         counter->add_option("value", c_, "Value")->required();
         auto *traffic = add("traffic", "Offer PPS packets per second each way on a port", [this](swsim::Switch &sw) {
             auto p = parse_port(a_);
@@ -428,17 +553,22 @@ private:
 
     void add_journal() {
         auto *journal = add("journal", "Record platform calls: on, off, clear or show", [this](swsim::Switch &sw) {
-            if (a_ == "on" || a_ == "off")
-                sw.journal_enable(a_ == "on");
-            else if (a_ == "clear")
+            if (a_ == "clear")
                 sw.journal_clear();
-            else
+            else if (a_ == "show")
                 for (const auto &e : sw.journal())
                     std::printf("%8llu %s(%s)\n", (unsigned long long)e.seq, e.call.c_str(), e.args.c_str());
+            else
+                sw.journal_enable(*state_of(a_, kOnOff));
         });
-        journal->add_option("action", a_, "on, off, clear or show")
+        auto action = [](std::string &word) -> std::string {
+            word = lower(word);
+            if (word == "clear" || word == "show" || state_of(word, kOnOff)) return "";
+            return "'" + word + "' is not on, off, clear or show";
+        };
+        journal->add_option("action", a_, "on, off, clear or show (for on and off also " + state_synonyms(kOnOff) + ")")
             ->required()
-            ->check(CLI::IsMember({"on", "off", "clear", "show"}));
+            ->check(CLI::Validator(action, ""));
     }
 
     // ---- transceivers and traffic controls ----
@@ -473,10 +603,10 @@ private:
         auto *storm = add("storm", "Switch broadcast storm control of a port or trunk (Tn) on or off",
                           [this](swsim::Switch &sw) {
                               auto p = parse_port(a_, true);
-                              sw.set_storm_control(p.unit0, p.port0, b_ == "on", pps_);
+                              sw.set_storm_control(p.unit0, p.port0, on_, pps_);
                           });
         storm->add_option("port", a_, "UNIT/PORT or Tn")->required();
-        storm->add_option("state", b_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        add_state(storm, on_, kOnOff);
         storm->add_option("--pps", pps_, "Broadcast packets per second let through (0: the default)")->default_val(0);
 
         static const std::map<std::string, int> modes = {
@@ -651,19 +781,19 @@ private:
         add(igmp, "show", "Static groups and router ports", [](swsim::Switch &sw) { show_igmp(sw); });
         auto *group = add(igmp, "group", "Add a port to a static group or take it out", [this](swsim::Switch &sw) {
             auto p = parse_port(c_);
-            sw.igmp_set_group_port(parse_int(a_, "VLAN ID"), parse_group(b_), p.unit0, p.port0, what_ == "on");
+            sw.igmp_set_group_port(parse_int(a_, "VLAN ID"), parse_group(b_), p.unit0, p.port0, on_);
         });
         group->add_option("vid", a_, "VLAN ID")->required();
         group->add_option("group", b_, "Group address, e.g. 239.1.1.1")->required();
         group->add_option("port", c_, "UNIT/PORT")->required();
-        group->add_option("state", what_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        add_state(group, on_, kOnOff);
         auto *router = add(igmp, "router", "Make a port a multicast router port of a VLAN, or not", [this](swsim::Switch &sw) {
             auto p = parse_port(b_);
-            sw.igmp_set_router_port(parse_int(a_, "VLAN ID"), p.unit0, p.port0, what_ == "on");
+            sw.igmp_set_router_port(parse_int(a_, "VLAN ID"), p.unit0, p.port0, on_);
         });
         router->add_option("vid", a_, "VLAN ID")->required();
         router->add_option("port", b_, "UNIT/PORT")->required();
-        router->add_option("state", what_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        add_state(router, on_, kOnOff);
 
         auto *eaps = app_.add_subcommand("eaps", "Ring protection domains (IDs 0..63)");
         eaps->require_subcommand(1);
@@ -690,19 +820,19 @@ private:
         auto *block = add("block", "Block a port for an error condition (loop, flapping), or release it",
                           [this](swsim::Switch &sw) {
                               auto p = parse_port(a_);
-                              sw.set_error_blocked(p.unit0, p.port0, b_ == "on");
+                              sw.set_error_blocked(p.unit0, p.port0, on_);
                           });
         block->add_option("port", a_, "UNIT/PORT")->required();
-        block->add_option("state", b_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        add_state(block, on_, kOnOff);
 
         auto *lacp = app_.add_subcommand("lacp", "LACP: ports that run it, their partners and counters");
         lacp->require_subcommand(1);
         auto *enable = add(lacp, "enable", "Run LACP on a port (on) or stop it (off)", [this](swsim::Switch &sw) {
             auto p = parse_port(a_);
-            sw.lacp_enable(p.unit0, p.port0, b_ == "on");
+            sw.lacp_enable(p.unit0, p.port0, on_);
         });
         enable->add_option("port", a_, "UNIT/PORT")->required();
-        enable->add_option("state", b_, "on or off")->required()->check(CLI::IsMember({"on", "off"}));
+        add_state(enable, on_, kOnOff);
         auto *key = add(lacp, "key", "Set a port's LACP key", [this](swsim::Switch &sw) {
             auto p = parse_port(a_);
             sw.lacp_set_key(p.unit0, p.port0, parse_int(b_, "key"));
@@ -759,7 +889,7 @@ private:
     CLI::App app_;
     std::function<void()> action_;
     std::string state_, scenario_, what_, name_, a_, b_, c_;
-    bool force_ = false, flag_ = false;
+    bool force_ = false, flag_ = false, on_ = false;
     int times_ = -1;
 };
 

@@ -4,21 +4,37 @@
 // multicast/broadcast/unicast ones.
 #pragma once
 
+// X(name, number) for every statistic the switch counts; swp::stat::k<name>
+// is its number and swp::stat::kNamed lists them with their names.
+#define SWP_STATISTICS(X)                                                                                 \
+    X(InOctets, 0) X(InUcast, 1) X(InNUcast, 2) X(InDiscards, 3) X(InErrors, 4)                           \
+    X(InUnknownProtos, 5) X(OutOctets, 6) X(OutUcast, 7) X(OutNUcast, 8)                                  \
+    X(OutDiscards, 9) X(OutErrors, 10) X(OutQLen, 11)                                                     \
+    X(DelayExceededDiscards, 16) X(MtuExceededDiscards, 17) X(InFrames, 18)                               \
+    X(OutFrames, 19) X(BridgeInDiscards, 20)                                                              \
+    /* dot3StatsTable order */                                                                            \
+    X(AlignmentErrors, 42) X(FcsErrors, 43) X(SingleCollisions, 44)                                       \
+    X(MultipleCollisions, 45) X(SqeTestErrors, 46) X(DeferredTransmissions, 47)                           \
+    X(LateCollisions, 48) X(ExcessiveCollisions, 49) X(InternalMacTxErrors, 50)                           \
+    X(CarrierSenseErrors, 51) X(FrameTooLongs, 52) X(InternalMacRxErrors, 53)                             \
+    X(SymbolErrors, 54) X(InUnknownOpcodes, 55)                                                           \
+    /* ifXTable order */                                                                                  \
+    X(HCInOctets, 58) X(HCInUcast, 59) X(HCInMulticast, 60) X(HCInBroadcast, 61)                          \
+    X(HCOutOctets, 62) X(HCOutUcast, 63) X(HCOutMulticast, 64) X(HCOutBroadcast, 65)
+
 namespace swp::stat {
-enum : int {
-    kInOctets = 0, kInUcast = 1, kInNUcast = 2, kInDiscards = 3, kInErrors = 4,
-    kInUnknownProtos = 5, kOutOctets = 6, kOutUcast = 7, kOutNUcast = 8,
-    kOutDiscards = 9, kOutErrors = 10, kOutQLen = 11,
-    kDelayExceededDiscards = 16, kMtuExceededDiscards = 17, kInFrames = 18,
-    kOutFrames = 19, kBridgeInDiscards = 20,
-    // dot3StatsTable order
-    kAlignmentErrors = 42, kFcsErrors = 43, kSingleCollisions = 44,
-    kMultipleCollisions = 45, kSqeTestErrors = 46, kDeferredTransmissions = 47,
-    kLateCollisions = 48, kExcessiveCollisions = 49, kInternalMacTxErrors = 50,
-    kCarrierSenseErrors = 51, kFrameTooLongs = 52, kInternalMacRxErrors = 53,
-    kSymbolErrors = 54, kInUnknownOpcodes = 55,
-    // ifXTable order
-    kHCInOctets = 58, kHCInUcast = 59, kHCInMulticast = 60, kHCInBroadcast = 61,
-    kHCOutOctets = 62, kHCOutUcast = 63, kHCOutMulticast = 64, kHCOutBroadcast = 65,
+
+#define SWP_STAT_NUMBER(name, number) k##name = number,
+enum : int { SWP_STATISTICS(SWP_STAT_NUMBER) };
+#undef SWP_STAT_NUMBER
+
+struct Named {
+    int number;
+    const char *name;
 };
+
+#define SWP_STAT_NAMED(name, number) {number, #name},
+inline constexpr Named kNamed[] = {SWP_STATISTICS(SWP_STAT_NAMED)};
+#undef SWP_STAT_NAMED
+
 }  // namespace swp::stat

@@ -37,9 +37,13 @@ struct Error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// Builds a new state file from a scenario (JSON, see scenarios/README.md),
-// replacing any file at state_path.  The switch "boots" now.  Errors name the
-// file and the field: "scenarios/x.json: units[1].ports: must be 1..64".
+// Builds a new switch from a scenario (JSON, see scenarios/README.md) at
+// state_path.  The switch "boots" now.  A state file already there is
+// rewritten in place under the configuration write lock, so processes that
+// have it open (a running agent) see the new switch from their next lock on;
+// a missing or unusable one is replaced.  Errors name the file and the field:
+// "scenarios/x.json: units[1].ports: must be 1..64"; the state at state_path
+// is then left as it was.
 void create_state(const std::string &state_path, const std::string &scenario_path);
 void create_state_from_json(const std::string &state_path, const std::string &json_text,
                             const std::string &origin = "<inline>");
@@ -75,6 +79,9 @@ enum : int { kCopper = SW_PORT_TYPE_1000T, kSfpPlus = SW_PORT_TYPE_10GX, kTrunk 
 
 // Statistic numbers of bcmd_snmp_stat_get.
 namespace stat = swp::stat;
+// Whether a statistic can be set: false for the sums of others (and for
+// numbers out of range).
+bool statistic_settable(int stat);
 
 struct JournalEntry {
     uint64_t seq;
