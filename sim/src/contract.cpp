@@ -768,7 +768,7 @@ using namespace swsim;
         if (auto forced = watched_call<ret> SWSIM_PREPEND(#name, args)) return *forced; \
         return name##_answer args;                                                    \
     }                                                                                 \
-    extern "C" ret name params {                                                      \
+    extern "C" [[gnu::flatten]] ret name params {                                     \
         if (watched()) [[unlikely]] return name##_watched args;                       \
         return name##_answer args;                                                    \
     }
