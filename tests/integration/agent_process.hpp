@@ -23,6 +23,10 @@ public:
 
     uint16_t port() const { return port_; }
     const std::string &state_path() const { return state_path_; }
+    const std::string &log_path() const { return log_path_; }
+
+    // Whether the snmpd process is still there (not exited, not killed).
+    bool running();
 
     // Starts snmpd and waits (bounded) until it answers a GET; throws when
     // it does not come up.
