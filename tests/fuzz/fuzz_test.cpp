@@ -191,12 +191,13 @@ protected:
         log_seen_ = all.size();
         size_t from = std::string::npos;
         for (const char *mark : {"AddressSanitizer", "runtime error"}) from = std::min(from, fresh.find(mark));
-        if (from == std::string::npos) from = fresh.size() > 1500 ? fresh.size() - 1500 : 0;
+        if (from == std::string::npos) from = fresh.size() > 3000 ? fresh.size() - 3000 : 0;
         from = fresh.rfind('\n', from) == std::string::npos ? 0 : fresh.rfind('\n', from) + 1;
         std::istringstream lines(fresh.substr(from));
         std::string report = "agent log:\n";
         int n = 0;
-        for (std::string line; n < 24 && std::getline(lines, line); ++n) report += line.substr(0, 240) + "\n";
+        for (std::string line; n < 24 && std::getline(lines, line);)
+            if (line.rfind("Connection from", 0) != 0) report += line.substr(0, 240) + "\n", ++n;
         return report;
     }
 
@@ -210,9 +211,9 @@ protected:
     bool recover(const std::string &what) {
         const bool running = this->agent().running();
         const bool answers = running && answering();
-        ADD_FAILURE() << (!running  ? "the agent died"
-                          : answers ? "the agent dropped a request"
-                                    : "the agent hangs")
+        ADD_FAILURE() << (!running  ? "the agent died (" + this->agent().how_it_ended() + ")"
+                          : answers ? std::string("the agent dropped a request")
+                                    : std::string("the agent hangs"))
                       << " after\n  " << what << "\n"
                       << new_log_report();
         return answers || restart();
@@ -318,7 +319,8 @@ protected:
             std::vector<Change> changes;
             for (size_t n = 1 + random_below(2); n > 0; --n) {
                 const auto &kind = kinds[random_below(kinds.size())];
-                changes.push_back(kind[random_below(kind.size())]);
+                const Change &c = kind[random_below(kind.size())];
+                if (changes.empty() || changes.front().name != c.name) changes.push_back(c);
             }
             std::string names;
             std::vector<uint32_t> keys;

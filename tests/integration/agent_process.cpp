@@ -185,9 +185,15 @@ void AgentProcess::stop() {
 
 bool AgentProcess::running() {
     if (pid_ <= 0) return false;
-    if (waitpid(pid_, nullptr, WNOHANG) == 0) return true;
+    if (waitpid(pid_, &end_status_, WNOHANG) == 0) return true;
     pid_ = -1;
     return false;
+}
+
+std::string AgentProcess::how_it_ended() const {
+    if (WIFSIGNALED(end_status_))
+        return "killed by signal " + std::to_string(WTERMSIG(end_status_)) + " (" + strsignal(WTERMSIG(end_status_)) + ")";
+    return "exited with status " + std::to_string(WEXITSTATUS(end_status_));
 }
 
 void AgentProcess::kill_hard() {
