@@ -616,7 +616,6 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(const char *, status_get_hw_model, (int unit0), (unit0), nullptr)                                 \
     X(int, lock_read, (cfg_lock_t * lock), (lock), -1)                                                  \
     X(int, lock_write, (cfg_lock_t * lock), (lock), -1)                                                 \
-    X(int, lock_free, (cfg_lock_t * lock), (lock), -1)                                                  \
     X(uint32_t, uptime, (void), (), 0)                                                                  \
     X(uint32_t, uptime_cs, (void), (), 0)                                                               \
     X(time_t, sys_clock_get, (void), (), time_t(-1))                                                    \
@@ -800,6 +799,18 @@ extern "C" int cfg_init(void) {
     return rc;
 }
 
+// A forced failure of lock_free still frees the lock: a platform that kept a
+// lock it was asked to free would leave every other user of the switch
+// waiting for good, and no caller can do anything about a failed release.
+extern "C" int lock_free(cfg_lock_t *lock) {
+    std::optional<int> forced;
+    if (watched()) [[unlikely]]
+        forced = watched_call<int>("lock_free", lock);
+    const View *v = current();
+    const int rc = v ? impl::lock_free(*v, lock) : -1;
+    return forced ? *forced : rc;
+}
+
 // A fault of -150 is the platform's "partial answer": the table comes back
 // as well.  Any other fault leaves the caller with no table at all.
 extern "C" int cfg_get_mac_address_table(int *count, uint8_t **entries, const int32_t query[7]) {
@@ -863,6 +874,7 @@ const std::vector<std::string> &faultable_calls() {
         SWSIM_STATE_CALLS(SWSIM_NAME_IF_INT)
         SWSIM_HELPER_CALLS(SWSIM_NAME_IF_INT)
 #undef SWSIM_NAME_IF_INT
+        out.emplace_back("lock_free");
         out.emplace_back("cfg_get_mac_address_table");
         out.emplace_back("systemf");
         return out;

@@ -71,8 +71,12 @@ std::vector<std::string> child_environment(const std::string &state_path) {
     env.push_back("SWSIM_STATE=" + state_path);
     env.push_back("MIBS=");
 #ifdef SWITCH_SANITIZE
-    // snmpd itself is not instrumented: the sanitizer runtime must come first.
-    env.push_back(std::string("LD_PRELOAD=") + ASAN_RUNTIME);
+    // snmpd itself is not instrumented: the sanitizer runtime must come
+    // first.  The C++ runtime follows it: snmpd is a C program, and without
+    // libstdc++ loaded at start-up the sanitizer's interceptor of
+    // __cxa_throw finds nothing to call, so the first exception thrown in
+    // the agent (even one caught there) aborts it.
+    env.push_back(std::string("LD_PRELOAD=") + ASAN_RUNTIME + " " + CXX_RUNTIME);
     env.push_back("ASAN_OPTIONS=detect_leaks=0");
     env.push_back("UBSAN_OPTIONS=print_stacktrace=1");
 #endif
@@ -182,6 +186,19 @@ void AgentProcess::stop() {
     kill_hard();
 }
 
+bool AgentProcess::running() {
+    if (pid_ <= 0) return false;
+    if (waitpid(pid_, &end_status_, WNOHANG) == 0) return true;
+    pid_ = -1;
+    return false;
+}
+
+std::string AgentProcess::how_it_ended() const {
+    if (WIFSIGNALED(end_status_))
+        return "killed by signal " + std::to_string(WTERMSIG(end_status_)) + " (" + strsignal(WTERMSIG(end_status_)) + ")";
+    return "exited with status " + std::to_string(WEXITSTATUS(end_status_));
+}
+
 void AgentProcess::kill_hard() {
     if (pid_ <= 0) return;
     kill(pid_, SIGKILL);
@@ -190,8 +207,8 @@ void AgentProcess::kill_hard() {
 }
 
 std::vector<std::string> AgentProcess::problems() const {
-    static const char *const kMarks[] = {"ERROR: AddressSanitizer", "runtime error", "duplicate registration",
-                                         "dlsym failed", "dlopen failed"};
+    static const char *const kMarks[] = {"ERROR: AddressSanitizer", "AddressSanitizer: CHECK failed", "runtime error",
+                                         "duplicate registration", "dlsym failed", "dlopen failed"};
     std::vector<std::string> found;
     std::istringstream in(read_file(log_path_));
     for (std::string line; std::getline(in, line);)

@@ -27,6 +27,13 @@ public:
     const std::string &dir() const { return dir_; }  // snmpd's run directory
     const std::string &conf_path() const { return conf_path_; }
     const std::string &state_path() const { return state_path_; }
+    const std::string &log_path() const { return log_path_; }
+
+    // Whether the snmpd process is still there (not exited, not killed);
+    // once it is not, how it ended ("killed by signal 11 (Segmentation
+    // fault)", "exited with status 1").
+    bool running();
+    std::string how_it_ended() const;
 
     // Starts snmpd and waits (bounded) until it answers a GET; throws when
     // it does not come up.
@@ -46,6 +53,7 @@ private:
     std::vector<std::string> conf_options_;
     uint16_t port_ = 0;
     pid_t pid_ = -1;
+    int end_status_ = 0;  // waitpid's status of the last snmpd that ended
 
     void spawn();
     bool wait_until_answering();

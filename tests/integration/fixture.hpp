@@ -104,10 +104,11 @@ protected:
     }
     void TearDown() override { report_problems(); }
 
-    // (Re)opens the sessions, for instance after a restart on a new port.
-    void connect() {
-        read_ = std::make_unique<Session>(agent_->port(), "public");
-        write_ = std::make_unique<Session>(agent_->port(), "private");
+    // (Re)opens the sessions, for instance after a restart on a new port;
+    // each request is tried three times, timeout_ms each.
+    void connect(int timeout_ms = 2000) {
+        read_ = std::make_unique<Session>(agent_->port(), "public", timeout_ms);
+        write_ = std::make_unique<Session>(agent_->port(), "private", timeout_ms);
     }
 
     AgentProcess &agent() { return *agent_; }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <fstream>
 #include <thread>
 
 #include "fixture.hpp"
@@ -116,6 +117,36 @@ TEST_F(Recreate, TheAgentAnswersForTheSwitchCreatedUnderIt) {
     asker.join();
     EXPECT_TRUE(wrong.empty()) << wrong.size() << " bad answers, the first: " << wrong.front();
     EXPECT_EQ(inode(), the_file);
+}
+
+// A damaged state file at start-up: the platform library refuses it (by an
+// exception thrown and caught inside snmpd) and the agent still comes up
+// and answers, with no report of the sanitizer in its log.
+class Startup : public AgentTest<Startup> {};
+
+TEST_F(Startup, AgentOnADamagedStateFileStillAnswers) {
+    agent().stop();
+    char magic[8] = {};
+    {
+        std::fstream f(agent().state_path(), std::ios::in | std::ios::out | std::ios::binary);
+        f.read(magic, sizeof magic);
+        f.seekp(0);
+        f.write("damaged!", sizeof magic);
+    }
+    EXPECT_NO_THROW(agent().start());
+    connect();
+    EXPECT_TRUE(reader().get({parse_oid("1.3.6.1.2.1.1.3.0")}).answered);
+    EXPECT_TRUE(reader().get({oids::kSysName}).answered);
+
+    // The switch mended, the agent serves it again.
+    agent().stop();
+    {
+        std::fstream f(agent().state_path(), std::ios::in | std::ios::out | std::ios::binary);
+        f.write(magic, sizeof magic);
+    }
+    agent().start();
+    connect();
+    EXPECT_EQ(must_get(oids::kSysName).bytes, sw().system().hostname);
 }
 
 }  // namespace

@@ -192,20 +192,40 @@ Response Session::set(const std::vector<SetValue> &values) {
     netsnmp_pdu *pdu = snmp_pdu_create(SNMP_MSG_SET);
     for (const SetValue &v : values) {
         std::vector<oid> name(v.oid.begin(), v.oid.end());
-        if (v.type == kOctetString) {
-            snmp_pdu_add_variable(pdu, name.data(), name.size(), ASN_OCTET_STR, v.bytes.data(), v.bytes.size());
-        } else {
+        switch (v.type) {
+        case kOctetString:
+        case kIpAddress:
+        case kOpaque:
+            snmp_pdu_add_variable(pdu, name.data(), name.size(), v.type, v.bytes.data(), v.bytes.size());
+            break;
+        case kObjectId: {
+            std::vector<oid> value(v.objid.begin(), v.objid.end());
+            snmp_pdu_add_variable(pdu, name.data(), name.size(), ASN_OBJECT_ID, value.data(), value.size() * sizeof(oid));
+            break;
+        }
+        case kCounter64: {
+            struct counter64 c;
+            c.high = u_long(uint64_t(v.integer) >> 32);
+            c.low = u_long(uint64_t(v.integer) & 0xffffffffu);
+            snmp_pdu_add_variable(pdu, name.data(), name.size(), ASN_COUNTER64, &c, sizeof c);
+            break;
+        }
+        case kNull:
+            snmp_pdu_add_variable(pdu, name.data(), name.size(), ASN_NULL, nullptr, 0);
+            break;
+        default: {
             long value = long(v.integer);
             snmp_pdu_add_variable(pdu, name.data(), name.size(), v.type, &value, sizeof value);
+        }
         }
     }
     return send(pdu);
 }
 
-std::vector<VarBind> Session::walk(const Oid &root, int max_repetitions) {
+std::vector<VarBind> Session::walk(const Oid &root, int max_repetitions, size_t limit) {
     std::vector<VarBind> out;
     Oid cursor = root;
-    for (;;) {
+    while (out.size() < limit) {
         Response r = get_bulk({cursor}, 0, max_repetitions);
         if (!r.answered || r.error_status != kNoError || r.varbinds.empty()) return out;
         for (VarBind &vb : r.varbinds) {
@@ -216,6 +236,7 @@ std::vector<VarBind> Session::walk(const Oid &root, int max_repetitions) {
             cursor = vb.oid;
         }
     }
+    return out;
 }
 
 }  // namespace it

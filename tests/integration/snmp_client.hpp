@@ -3,6 +3,7 @@
 // answering the response's error status and its (OID, type, value) list.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -27,6 +28,7 @@ enum Type : uint8_t {
     kCounter32 = 0x41,
     kGauge32 = 0x42,
     kTimeTicks = 0x43,
+    kOpaque = 0x44,
     kCounter64 = 0x46,
     kNoSuchObject = 0x80,
     kNoSuchInstance = 0x81,
@@ -36,13 +38,16 @@ enum Type : uint8_t {
 // SNMP error statuses the tests look for.
 enum ErrorStatus : long {
     kNoError = 0,
+    kTooBig = 1,
     kGenErr = 5,
     kNoAccess = 6,
     kWrongType = 7,
     kWrongLength = 8,
     kWrongValue = 10,
+    kNoCreation = 11,
     kNotWritable = 17,
     kAuthorizationError = 16,
+    kInconsistentName = 18,
 };
 
 struct VarBind {
@@ -63,15 +68,18 @@ struct Response {
     std::vector<VarBind> varbinds;
 };
 
-// A value to write.
+// A value to write, of any type: integer for INTEGER, Counter32, Gauge32,
+// TimeTicks and Counter64; bytes for OCTET STRING, IpAddress and Opaque
+// (any length); objid for OBJECT IDENTIFIER; nothing for NULL.
 struct SetValue {
     Oid oid;
     uint8_t type;
     int64_t integer = 0;
     std::string bytes;
+    Oid objid;
 
-    static SetValue integer32(Oid oid, int64_t value) { return {std::move(oid), kInteger, value, {}}; }
-    static SetValue octets(Oid oid, std::string value) { return {std::move(oid), kOctetString, 0, std::move(value)}; }
+    static SetValue integer32(Oid oid, int64_t value) { return {std::move(oid), kInteger, value, {}, {}}; }
+    static SetValue octets(Oid oid, std::string value) { return {std::move(oid), kOctetString, 0, std::move(value), {}}; }
 };
 
 // An SNMPv3 user of the User-based Security Model: SHA authentication, and
@@ -97,8 +105,8 @@ public:
     // Every object of the subtree, by GETBULK (25 repetitions).  The walk
     // stops at the subtree's end, at endOfMibView, at an error, or at an
     // OID that does not increase (kept as the last element, so that the
-    // caller sees it).
-    std::vector<VarBind> walk(const Oid &root, int max_repetitions = 25);
+    // caller sees it), or after limit objects.
+    std::vector<VarBind> walk(const Oid &root, int max_repetitions = 25, size_t limit = SIZE_MAX);
 
 private:
     void *handle_ = nullptr;

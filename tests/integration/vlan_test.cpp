@@ -16,7 +16,7 @@ const Oid kPrivateVlanEntry = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.12.1.1");
 enum StaticColumn : uint32_t { kName = 1, kEgress = 2, kUntagged = 4, kRowStatus = 5 };
 
 Oid static_column(uint32_t column, uint32_t vid) { return child(kStaticEntry, {column, vid}); }
-SetValue gauge(Oid oid, int64_t value) { return {std::move(oid), kGauge32, value, {}}; }
+SetValue gauge(Oid oid, int64_t value) { return {std::move(oid), kGauge32, value, {}, {}}; }
 
 class Vlans : public AgentTest<Vlans> {};
 

@@ -36,6 +36,14 @@ TEST_F(SwitchTest, FaultsFireOnceNTimesOrUntilCleared) {
     sw_->fault_clear();
     EXPECT_EQ(cfg_vlan_exists(1), 1);
 
+    // A forced failure of lock_free still frees the lock: the switch's own
+    // side can take it for writing afterwards.
+    sw_->fault_set("lock_free", -13, 1);
+    ASSERT_EQ(lock_read(cfg_lock_table[2]), 0);
+    EXPECT_EQ(lock_free(cfg_lock_table[2]), -13);
+    sw_->set_hostname("after-a-failed-free");
+    EXPECT_EQ(sw_->hostname(), "after-a-failed-free");
+
     EXPECT_THROW(sw_->fault_set("cfg_no_such_call", -1, 1), swsim::Error);
     EXPECT_THROW(sw_->fault_set("get_status", -1, 1), swsim::Error) << "not an int call";
     EXPECT_THROW(sw_->fault_set("cfg_vlan_exists", 0, 1), swsim::Error);
