@@ -415,5 +415,26 @@ sw_chassis_info_t Switch::chassis() const {
     chassis::calls::cfg_chassis_get_info(impl_->v(), &info);
     return info;
 }
+Switch::UnitEnvironment Switch::environment(int unit0) const {
+    const View &v = impl_->v();
+    if (!model::unit_in_range(unit0) || !v.status->units[unit0].present)
+        throw Error("unit " + std::to_string(human(unit0)) + " is not present");
+    UnitEnvironment e;
+    e.mpu_role = chassis::calls::cfg_chassis_get_mpu_role(v, unit0);
+    chassis::calls::cfg_chassis_get_temperature(v, unit0, &e.temperature_c);
+    chassis::calls::cfg_cpumon_get_cpu_info(v, unit0, SW_CPUMON_ACTIVE, &e.cpu);
+    chassis::calls::cfg_cpumon_get_cpu_mem_info(v, unit0, SW_CPUMON_ACTIVE, &e.mem);
+    for (int a = 0; a < SW_MAX_ALARM_INPUTS; ++a) {
+        int raised = 0;
+        if (chassis::calls::cfg_chassis_get_alarm_input(v, unit0, a, &raised) == 0 && raised) e.alarms_raised |= 1u << a;
+    }
+    return e;
+}
+bool Switch::alarm_output(int output0) const {
+    int active = 0;
+    if (chassis::calls::cfg_chassis_get_alarm_output(impl_->v(), output0, &active) != 0)
+        throw Error("the stack has no alarm output " + std::to_string(human(output0)));
+    return active != 0;
+}
 
 }  // namespace swsim

@@ -400,6 +400,15 @@ public:
     void set_device_info(const DeviceInfo &info);
     DeviceInfo device_info() const;
     sw_chassis_info_t chassis() const;
+    // What the chassis calls answer for a present unit now.
+    struct UnitEnvironment {
+        int mpu_role = SW_MPU_NONE;
+        int temperature_c = 0;
+        uint32_t cpu = 0, mem = 0;   // percent
+        uint32_t alarms_raised = 0;  // bit i: alarm input i + 1
+    };
+    UnitEnvironment environment(int unit0) const;
+    bool alarm_output(int output0) const;  // energised now
 };
 
 // The names of the platform calls that faults can be armed on.
