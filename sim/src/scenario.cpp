@@ -877,7 +877,9 @@ private:
             for (int u = 0; u < SW_MAX_UNITS; ++u)
                 if (v_.status->units[u].status2) units.push_back(u);
         } else {
-            units.push_back(int(f.at("unit").integer(1, SW_MAX_UNITS)) - 1);
+            const int unit = int(f.at("unit").integer(1, SW_MAX_UNITS));
+            if (!v_.status->units[unit - 1].status2) f.at("unit").fail("no unit " + std::to_string(unit) + " in this stack");
+            units.push_back(unit - 1);
         }
         static const std::map<std::string, int> kStates = {
             {"ok", SW_MODULE_OK}, {"failed", SW_MODULE_FAILED}, {"absent", SW_MODULE_ABSENT}};

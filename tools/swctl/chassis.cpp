@@ -119,10 +119,11 @@ void add_chassis_verbs(CLI::App &app, const Verbs &v) {
     temp->add_option("unit", args.a, "Unit number")->required();
     temp->add_option("celsius", args.b, "-40..125")->required();
 
-    auto *uptime = v.add(&app, "uptime", "Make the switch have booted that long ago", [v](Switch &sw) {
-        const int64_t n = v.integer(args.a, "time since boot");
-        if (n < 0) throw Error("the time since boot cannot be negative");
-        sw.set_uptime_cs(args.cs ? uint64_t(n) : uint64_t(n) * 100);
+    auto *uptime = v.add(&app, "uptime", "Make the switch have booted that long ago", [](Switch &sw) {
+        if (args.a.empty() || args.a.size() > 18 || args.a.find_first_not_of("0123456789") != std::string::npos)
+            throw Error("'" + args.a + "' is not a time since boot");
+        const uint64_t n = std::stoull(args.a);
+        sw.set_uptime_cs(args.cs ? n : n * 100);
     });
     uptime->add_option("time", args.a, "Seconds (hundredths with --cs)")->required();
     uptime->add_flag("--cs", args.cs, "The time is in hundredths of a second");
