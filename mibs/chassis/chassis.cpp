@@ -71,6 +71,11 @@ int32_t module_status(const ModuleKind &kind, int32_t unit, int32_t position) {
     }
 }
 
+int psu_bays(const sw_chassis_info_t &info) { return positions(kPsus, info); }
+int fan_positions(const sw_chassis_info_t &info) { return positions(kFans, info); }
+int32_t psu_status(int32_t unit, int32_t bay) { return module_status(kPsus, unit, bay); }
+int32_t fan_status_of(int32_t unit, int32_t fan) { return module_status(kFans, unit, fan); }
+
 // ---- rows of (unit, position) -----------------------------------------------------------
 
 // Adds (unit, 1 .. n) for every present unit.
@@ -90,6 +95,9 @@ int position_exists(int32_t unit, int32_t position, int n, void (*remove)(int32_
     return 0;
 }
 
+// normal(1) and alarm(2) of the alarm columns.
+constexpr int32_t kNormal = 1, kAlarm = 2;
+
 // ---- alarms ----------------------------------------------------------------------------
 
 int alarm_inputs(const sw_chassis_info_t &info) {
@@ -104,6 +112,9 @@ bool alarm_raised(uint32_t unit0, int32_t input) {
     return cfg_chassis_get_alarm_input(static_cast<int>(unit0), static_cast<int>(index_minus(input, 1)), &raised) == 0 &&
            raised != 0;
 }
+
+// swIndivAlarmStatus: normal(1), alarm(2).
+int32_t alarm_status(int32_t unit, int32_t input) { return alarm_raised(unit0_of(unit), input) ? kAlarm : kNormal; }
 
 int raised_alarms(uint32_t unit0) {
     int n = 0;
@@ -128,8 +139,6 @@ int32_t fan_status(uint32_t unit0) {
     const ModuleCount c = count_modules(kFans, unit0);
     return c.failed + c.absent == 0 ? 1 : 2;
 }
-
-constexpr int32_t kNormal = 1, kAlarm = 2;
 
 // A text field of the unit's status record, never read past the field.
 template <size_t N>
@@ -235,45 +244,29 @@ int32_t get_swInfoOperStatus(int32_t unit) {
     return power != 1 || fan_status(unit0) != 1 || raised_alarms(unit0) != 0 ? 2 : 1;
 }
 
-// ---- switchIndivPowerTable, switchIndivFanTable ---------------------------------------------
+// ---- switchIndivPowerTable, switchIndivFanTable, switchIndivAlarmTable ------------------------
+//
+// One row per position of each present unit: (unit, position), both also
+// readable as columns 1 and 2, and the position's status in column 3.
 
-int init_index_switchIndivPowerTable(void *(*create)(int32_t, int32_t)) {
-    populate_positions(create, positions(kPsus, chassis_info()));
-    return 0;
-}
-int exists_entry_switchIndivPowerTable(int32_t unit, int32_t bay) {
-    return position_exists(unit, bay, positions(kPsus, chassis_info()), switchIndivPowerTable_removeEntry);
-}
-int32_t get_swIndivPowerUnit(int32_t unit, int32_t) { return unit; }
-int32_t get_swIndivPowerIndex(int32_t, int32_t bay) { return bay; }
-int32_t get_swIndivPowerStatus(int32_t unit, int32_t bay) { return module_status(kPsus, unit, bay); }
+#define SA_POSITION_TABLE(table, column, count, status)                                              \
+    int init_index_##table(void *(*create)(int32_t, int32_t)) {                                      \
+        populate_positions(create, count(chassis_info()));                                           \
+        return 0;                                                                                    \
+    }                                                                                                \
+    int exists_entry_##table(int32_t unit, int32_t position) {                                       \
+        return position_exists(unit, position, count(chassis_info()), table##_removeEntry);          \
+    }                                                                                                \
+    int32_t get_##column##Unit(int32_t unit, int32_t) { return unit; }                              \
+    int32_t get_##column##Index(int32_t, int32_t position) { return position; }                     \
+    int32_t get_##column##Status(int32_t unit, int32_t position) { return status(unit, position); }
 
-int init_index_switchIndivFanTable(void *(*create)(int32_t, int32_t)) {
-    populate_positions(create, positions(kFans, chassis_info()));
-    return 0;
-}
-int exists_entry_switchIndivFanTable(int32_t unit, int32_t fan) {
-    return position_exists(unit, fan, positions(kFans, chassis_info()), switchIndivFanTable_removeEntry);
-}
-int32_t get_swIndivFanUnit(int32_t unit, int32_t) { return unit; }
-int32_t get_swIndivFanIndex(int32_t, int32_t fan) { return fan; }
-int32_t get_swIndivFanStatus(int32_t unit, int32_t fan) { return module_status(kFans, unit, fan); }
+SA_POSITION_TABLE(switchIndivPowerTable, swIndivPower, psu_bays, psu_status)
+SA_POSITION_TABLE(switchIndivFanTable, swIndivFan, fan_positions, fan_status_of)
+SA_POSITION_TABLE(switchIndivAlarmTable, swIndivAlarm, alarm_inputs, alarm_status)
+#undef SA_POSITION_TABLE
 
-// ---- switchIndivAlarmTable, switchIndivAlarmOutTable ------------------------------------------
-
-int init_index_switchIndivAlarmTable(void *(*create)(int32_t, int32_t)) {
-    populate_positions(create, alarm_inputs(chassis_info()));
-    return 0;
-}
-int exists_entry_switchIndivAlarmTable(int32_t unit, int32_t input) {
-    return position_exists(unit, input, alarm_inputs(chassis_info()), switchIndivAlarmTable_removeEntry);
-}
-int32_t get_swIndivAlarmUnit(int32_t unit, int32_t) { return unit; }
-int32_t get_swIndivAlarmIndex(int32_t, int32_t input) { return input; }
-// normal(1), alarm(2)
-int32_t get_swIndivAlarmStatus(int32_t unit, int32_t input) {
-    return alarm_raised(unit0_of(unit), input) ? kAlarm : kNormal;
-}
+// ---- switchIndivAlarmOutTable -----------------------------------------------------------------
 
 int init_index_switchIndivAlarmOutTable(void *(*create)(int32_t)) {
     for (int32_t o = 1, n = alarm_outputs(chassis_info()); o <= n; ++o) create(o);

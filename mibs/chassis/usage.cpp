@@ -29,31 +29,26 @@ using namespace snmpapi::chassis;
 
 extern "C" {
 
-int init_index_cpuActiveUsageTable(void *(*create)(int32_t)) {
-    populate_present_units(create);
-    return 0;
-}
-int exists_entry_cpuActiveUsageTable(int32_t unit) { return unit_row_exists(unit, cpuActiveUsageTable_removeEntry); }
-int32_t get_cpuActiveUsageValue(int32_t unit) {
-    return monitor(cfg_cpumon_get_cpu_info, static_cast<int>(unit0_of(unit)), SW_CPUMON_ACTIVE);
-}
+// One row per present unit, its own processor's reading.
+#define SA_ACTIVE_USAGE_TABLE(table, column, call)                                                 \
+    int init_index_##table(void *(*create)(int32_t)) {                                             \
+        populate_present_units(create);                                                            \
+        return 0;                                                                                  \
+    }                                                                                              \
+    int exists_entry_##table(int32_t unit) { return unit_row_exists(unit, table##_removeEntry); } \
+    int32_t get_##column(int32_t unit) { return monitor(call, static_cast<int>(unit0_of(unit)), SW_CPUMON_ACTIVE); }
+SA_ACTIVE_USAGE_TABLE(cpuActiveUsageTable, cpuActiveUsageValue, cfg_cpumon_get_cpu_info)
+SA_ACTIVE_USAGE_TABLE(memActiveUsageTable, memActiveUsageValue, cfg_cpumon_get_cpu_mem_info)
+#undef SA_ACTIVE_USAGE_TABLE
 
-int init_index_memActiveUsageTable(void *(*create)(int32_t)) {
-    populate_present_units(create);
-    return 0;
-}
-int exists_entry_memActiveUsageTable(int32_t unit) { return unit_row_exists(unit, memActiveUsageTable_removeEntry); }
-int32_t get_memActiveUsageValue(int32_t unit) {
-    return monitor(cfg_cpumon_get_cpu_mem_info, static_cast<int>(unit0_of(unit)), SW_CPUMON_ACTIVE);
-}
-
-int init_index_cpuStandbyUsageTable(void *(*)(int32_t)) { return 0; }
-int exists_entry_cpuStandbyUsageTable(int32_t) { return 1; }
-int32_t get_cpuStandbyUsageValue(int32_t) { return monitor(cfg_cpumon_get_cpu_info, 0, SW_CPUMON_STANDBY); }
-
-int init_index_memStandbyUsageTable(void *(*)(int32_t)) { return 0; }
-int exists_entry_memStandbyUsageTable(int32_t) { return 1; }
-int32_t get_memStandbyUsageValue(int32_t) { return monitor(cfg_cpumon_get_cpu_mem_info, 0, SW_CPUMON_STANDBY); }
+// No rows; the standby management processor's reading whatever the index.
+#define SA_STANDBY_USAGE_TABLE(table, column, call)          \
+    int init_index_##table(void *(*)(int32_t)) { return 0; } \
+    int exists_entry_##table(int32_t) { return 1; }          \
+    int32_t get_##column(int32_t) { return monitor(call, 0, SW_CPUMON_STANDBY); }
+SA_STANDBY_USAGE_TABLE(cpuStandbyUsageTable, cpuStandbyUsageValue, cfg_cpumon_get_cpu_info)
+SA_STANDBY_USAGE_TABLE(memStandbyUsageTable, memStandbyUsageValue, cfg_cpumon_get_cpu_mem_info)
+#undef SA_STANDBY_USAGE_TABLE
 
 int32_t get_swCpuUsage(void) { return monitor(cfg_cpumon_get_cpu_info, 0, switch_selector()); }
 int32_t get_swMemUsage(void) { return monitor(cfg_cpumon_get_cpu_mem_info, 0, switch_selector()); }
