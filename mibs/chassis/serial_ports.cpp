@@ -67,19 +67,16 @@ int set_rs232AsyncPortAutobaud(int32_t, int32_t) { return kRefused; }
 
 // ---- signals and the synchronous port: none ------------------------------------------
 
-int init_index_rs232InSigTable(void *(*)(int32_t, int32_t)) { return 0; }
-int exists_entry_rs232InSigTable(int32_t, int32_t) { return 1; }
-int32_t get_rs232InSigPortIndex(int32_t, int32_t) { return 0; }
-int32_t get_rs232InSigName(int32_t, int32_t) { return 0; }
-int32_t get_rs232InSigState(int32_t, int32_t) { return 0; }
-uint32_t get_rs232InSigChanges(int32_t, int32_t) { return 0; }
-
-int init_index_rs232OutSigTable(void *(*)(int32_t, int32_t)) { return 0; }
-int exists_entry_rs232OutSigTable(int32_t, int32_t) { return 1; }
-int32_t get_rs232OutSigPortIndex(int32_t, int32_t) { return 0; }
-int32_t get_rs232OutSigName(int32_t, int32_t) { return 0; }
-int32_t get_rs232OutSigState(int32_t, int32_t) { return 0; }
-uint32_t get_rs232OutSigChanges(int32_t, int32_t) { return 0; }
+#define SA_SIGNAL_TABLE(table, column)                                     \
+    int init_index_##table(void *(*)(int32_t, int32_t)) { return 0; }     \
+    int exists_entry_##table(int32_t, int32_t) { return 1; }              \
+    int32_t get_##column##PortIndex(int32_t, int32_t) { return 0; }       \
+    int32_t get_##column##Name(int32_t, int32_t) { return 0; }            \
+    int32_t get_##column##State(int32_t, int32_t) { return 0; }           \
+    uint32_t get_##column##Changes(int32_t, int32_t) { return 0; }
+SA_SIGNAL_TABLE(rs232InSigTable, rs232InSig)
+SA_SIGNAL_TABLE(rs232OutSigTable, rs232OutSig)
+#undef SA_SIGNAL_TABLE
 
 int init_index_rs232SyncPortTable(void *(*)(int32_t)) { return 0; }
 int exists_entry_rs232SyncPortTable(int32_t) { return 1; }
