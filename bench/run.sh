@@ -48,6 +48,13 @@ subjects=(
   "dot1qPortVlanTable 1.3.6.1.2.1.17.7.1.4.5"
   "vlanTable 1.3.6.1.4.1.99999.3.5.201.1.12.1"
   "dot1dStpPortTable 1.3.6.1.2.1.17.2.15"
+  "entPhysicalTable 1.3.6.1.2.1.47.1.1.1"
+  "entPhysicalContainsTable 1.3.6.1.2.1.47.1.3.3"
+  "entAliasMappingTable 1.3.6.1.2.1.47.1.3.2"
+  "switchInfoTable 1.3.6.1.4.1.99999.3.5.201.1.1.2"
+  "switchIndivFanTable 1.3.6.1.4.1.99999.3.5.201.1.1.5"
+  "switchMacAddrUsageTable 1.3.6.1.4.1.99999.3.5.201.1.1.12"
+  "cpuActiveUsageTable 1.3.6.1.4.1.99999.3.5.201.1.26.1"
 )
 if [ -n "${BENCH_TABLES:-}" ]; then
   chosen=()

@@ -80,6 +80,8 @@ public:
 
     // Runs the population unless it has run for this request PDU already.
     void refresh_once(netsnmp_agent_request_info *reqinfo);
+    // Sends GETNEXT requests past the last catalogued column out of the table.
+    void steer_past_last_column(netsnmp_handler_registration *reginfo, netsnmp_request_info *requests);
 
     // The request handler, one call per request batch.
     int handle(netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests);
@@ -104,6 +106,7 @@ private:
     Refresh refresh_;
     const TableDesc *desc_ = nullptr;
     std::vector<const ColumnDesc *> columns_;  // by column number
+    unsigned last_column_ = 0;                  // the highest catalogued one
     netsnmp_table_data *data_ = nullptr;
     // The rows in index order.  Populations visit rows in index order, so
     // the row asked for next is usually the one after the last one found:

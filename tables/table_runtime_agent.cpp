@@ -34,7 +34,9 @@ int table_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *,
 
 int refresh_handler(netsnmp_mib_handler *handler, netsnmp_handler_registration *reginfo,
                     netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
-    static_cast<TableRuntime *>(handler->myvoid)->refresh_once(reqinfo);
+    auto *table = static_cast<TableRuntime *>(handler->myvoid);
+    table->refresh_once(reqinfo);
+    if (reqinfo->mode == MODE_GETNEXT || reqinfo->mode == MODE_GETBULK) table->steer_past_last_column(reginfo, requests);
     return netsnmp_call_next_handler(handler, reginfo, reqinfo, requests);
 }
 
@@ -82,6 +84,9 @@ void TableRuntime::bind() {
     columns_.assign(desc_->highest_column + 1, nullptr);
     for (const ColumnDesc &c : all_columns())
         if (std::strcmp(c.table, name_) == 0 && c.number < columns_.size()) columns_[c.number] = &c;
+    last_column_ = desc_->lowest_column;
+    for (unsigned n = desc_->lowest_column; n < columns_.size(); ++n)
+        if (columns_[n]) last_column_ = n;
 }
 
 const ColumnDesc *TableRuntime::column(unsigned number) const {
@@ -137,6 +142,30 @@ void TableRuntime::init() {
     }
     SA_DEBUG(name_, "Initializing\n");
     refresh_();
+}
+
+// A table registered with more columns than it has (genDvInfDeviceTable:
+// 1 .. 20, eleven of them catalogued) has no column left to walk into after
+// its last one, and the table helper then starts the table again at its
+// first column instead of leaving it.  A walk that has passed the last
+// column is sent beyond the registered ones, which the table helper hands
+// on to the next subtree.
+void TableRuntime::steer_past_last_column(netsnmp_handler_registration *reginfo, netsnmp_request_info *requests) {
+    if (!desc_ || last_column_ == desc_->highest_column) return;
+    const size_t column_at = reginfo->rootoid_len + 1;
+    for (netsnmp_request_info *r = requests; r; r = r->next) {
+        netsnmp_variable_list *var = r->requestvb;
+        if (r->processed || var->name_length <= column_at || var->name[column_at - 1] != 1 ||
+            var->name[column_at] <= last_column_ || var->name[column_at] > desc_->highest_column ||
+            snmp_oid_ncompare(var->name, var->name_length, reginfo->rootoid, reginfo->rootoid_len,
+                              reginfo->rootoid_len) != 0)
+            continue;
+        oid beyond[MAX_OID_LEN];
+        std::copy(reginfo->rootoid, reginfo->rootoid + reginfo->rootoid_len, beyond);
+        beyond[column_at - 1] = 1;
+        beyond[column_at] = desc_->highest_column + 1;
+        snmp_set_var_objid(var, beyond, column_at + 1);
+    }
 }
 
 void TableRuntime::refresh_once(netsnmp_agent_request_info *reqinfo) {

@@ -26,6 +26,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "chassis.hpp"
 #include "helpers.hpp"
 #include "hooks.hpp"
 #include "ifaces.hpp"
@@ -280,11 +281,9 @@ int lock_read(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, false, 
 int lock_write(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, true, false); }
 int lock_free(const View &v, cfg_lock_t *lock) { return lock_op(v, lock, false, true); }
 
-uint32_t uptime_units(const View &v, uint64_t unit_ns) {
-    return uint32_t(model::ns_since(v.rt->boot_realtime_ns) / unit_ns);
-}
-uint32_t uptime(const View &v) { return uptime_units(v, 1'000'000'000); }
-uint32_t uptime_cs(const View &v) { return uptime_units(v, 10'000'000); }
+uint64_t uptime_units(const View &v, uint64_t unit_ns) { return model::ns_since(v.rt->boot_realtime_ns) / unit_ns; }
+uint32_t uptime(const View &v) { return uint32_t(uptime_units(v, 1'000'000'000)); }
+uint64_t uptime_cs(const View &v) { return uptime_units(v, 10'000'000); }
 
 // The offset is kept within the clock's range (a damaged one as well).
 time_t sys_clock_get(const View &v) {
@@ -524,6 +523,10 @@ using namespace swsim::vlans_impl;
 namespace impl {
 using namespace traffic::calls;
 }
+// The chassis calls live in chassis.cpp.
+namespace impl {
+using namespace chassis::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -617,7 +620,7 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, lock_read, (cfg_lock_t * lock), (lock), -1)                                                  \
     X(int, lock_write, (cfg_lock_t * lock), (lock), -1)                                                 \
     X(uint32_t, uptime, (void), (), 0)                                                                  \
-    X(uint32_t, uptime_cs, (void), (), 0)                                                               \
+    X(uint64_t, uptime_cs, (void), (), 0)                                                               \
     X(time_t, sys_clock_get, (void), (), time_t(-1))                                                    \
     X(int, sys_clock_set, (time_t t), (t), -1)                                                          \
     X(int, cfg_equip_get_user_eth_ports, (int unit0), (unit0), -1)                                      \
@@ -735,7 +738,8 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, cfg_get_lacp_system_priority, (void), (), -1)                                                \
     X(int, cfg_set_lacp_system_priority, (int priority), (priority), -1)                                \
     X(int, cfg_get_lacp_last_change, (uint32_t * cs), (cs), -1)                                         \
-    SWSIM_L2PROTO_CALLS(X)
+    SWSIM_L2PROTO_CALLS(X)                                                                             \
+    SWSIM_CHASSIS_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

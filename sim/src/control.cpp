@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "chassis.hpp"
 #include "hooks.hpp"
 #include "ifaces.hpp"
 #include "l2proto.hpp"
@@ -377,6 +378,63 @@ sw_lacp_port_t Switch::lacp_port(int unit0, int port0) const {
     const View &v = impl_->v();
     model::ops::check_port(v, unit0, port0);
     return model::lacp_port(v, model::phys_index(unit0, port0));
+}
+
+// ---- chassis ----
+
+void Switch::set_module(ModuleKind kind, int unit0, int position0, int state, const std::string &model) {
+    impl_->change([&](View &v) { chassis::ops::set_module(v, kind, unit0, position0, state, model); });
+}
+sw_module_status_t Switch::module(ModuleKind kind, int unit0, int position0) const {
+    return chassis::module(impl_->v(), kind, unit0, position0);
+}
+void Switch::set_alarm_input(int unit0, int input0, bool raised) {
+    impl_->change([&](View &v) { chassis::ops::set_alarm_input(v, unit0, input0, raised); });
+}
+void Switch::set_alarm_output(int output0, bool forced) {
+    impl_->change([&](View &v) { chassis::ops::set_alarm_output(v, output0, forced); });
+}
+void Switch::set_load(int unit0, const Load &load) {
+    impl_->change([&](View &v) { chassis::ops::set_load(v, unit0, load); });
+}
+void Switch::set_temperature(int unit0, int celsius) {
+    impl_->change([&](View &v) { chassis::ops::set_temperature(v, unit0, celsius); });
+}
+void Switch::set_uptime_cs(uint64_t cs) {
+    impl_->change([&](View &v) { chassis::ops::set_uptime_cs(v, cs); });
+}
+// No lock: a count that is held waits on this without taking one, and the
+// agent may be inside a request.
+void Switch::set_mac_summary(uint32_t delay_ms, bool hold) { chassis::ops::set_mac_summary(impl_->v(), delay_ms, hold); }
+void Switch::set_device_info(const DeviceInfo &info) {
+    impl_->change([&](View &v) { chassis::ops::set_device_info(v, info); });
+}
+Switch::DeviceInfo Switch::device_info() const { return chassis::device_info(impl_->v()); }
+sw_chassis_info_t Switch::chassis() const {
+    sw_chassis_info_t info{};
+    chassis::calls::cfg_chassis_get_info(impl_->v(), &info);
+    return info;
+}
+Switch::UnitEnvironment Switch::environment(int unit0) const {
+    const View &v = impl_->v();
+    if (!model::unit_in_range(unit0) || !v.status->units[unit0].present)
+        throw Error("unit " + std::to_string(human(unit0)) + " is not present");
+    UnitEnvironment e;
+    e.mpu_role = chassis::calls::cfg_chassis_get_mpu_role(v, unit0);
+    chassis::calls::cfg_chassis_get_temperature(v, unit0, &e.temperature_c);
+    chassis::calls::cfg_cpumon_get_cpu_info(v, unit0, SW_CPUMON_ACTIVE, &e.cpu);
+    chassis::calls::cfg_cpumon_get_cpu_mem_info(v, unit0, SW_CPUMON_ACTIVE, &e.mem);
+    for (int a = 0; a < SW_MAX_ALARM_INPUTS; ++a) {
+        int raised = 0;
+        if (chassis::calls::cfg_chassis_get_alarm_input(v, unit0, a, &raised) == 0 && raised) e.alarms_raised |= 1u << a;
+    }
+    return e;
+}
+bool Switch::alarm_output(int output0) const {
+    int active = 0;
+    if (chassis::calls::cfg_chassis_get_alarm_output(impl_->v(), output0, &active) != 0)
+        throw Error("the stack has no alarm output " + std::to_string(human(output0)));
+    return active != 0;
 }
 
 }  // namespace swsim

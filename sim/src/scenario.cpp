@@ -9,6 +9,7 @@
 #include <sstream>
 #include <unistd.h>
 
+#include "chassis.hpp"
 #include "helpers.hpp"
 #include "ifaces.hpp"
 #include "l2proto.hpp"
@@ -120,7 +121,7 @@ public:
 
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
-                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces"});
+                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -139,6 +140,7 @@ public:
         interfaces(root.has("interfaces") ? root.at("interfaces") : empty("interfaces"));
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
         l2proto(root);
+        chassis(root.has("chassis") ? root.at("chassis") : empty("chassis"));
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
         s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;
@@ -188,7 +190,7 @@ private:
         fw.expect_object({"version", "boot", "date"});
         copy_text(s.fw_version, fw.text("version", 31, "3.2.7 build 1142"));
         copy_text(s.boot_version, fw.text("boot", 31, "1.4.2"));
-        copy_text(s.fw_date, fw.text("date", 31, "2024-03-18"));
+        copy_text(s.fw_date, fw.text("date", 31, "Mon Mar 18 09:30:00 UTC 2024"));
         copy_text(s.product, f.text("product", 31, "VX7300"));
         s.serial_no = uint64_t(f.integer("serial_no", 0, INT64_MAX, 730012345));
         s.vendor_id = uint32_t(f.integer("vendor_id", 0, UINT32_MAX, 99999));
@@ -831,6 +833,89 @@ private:
                     for (auto [u, p] : ports)
                         at_field(r, [&] { l2proto::ops::igmp_set_router_port(v_, vid, u, p, true); });
             }
+    }
+
+    // ---- chassis ----
+    //
+    // {"model": n, "slots": n, "psu_bays": n, "fans": n, "alarm_inputs": n,
+    //  "alarm_outputs": n, "agent_address": "a.b.c.d", "agent_port": n,
+    //  "mac_summary_ms": n, "model_word": n,
+    //  "units": [{"unit": n or "all", "psus": [state...], "fans": [state...],
+    //             "alarms": [raised input...], "psu_model": text,
+    //             "fan_model": text, "cpu": %, "mem": %, "cpu_swing": %,
+    //             "mem_swing": %, "temperature_c": n}]}
+    // with module states "ok", "failed" or "absent", one per bay or position.
+    void chassis(const Field &f) {
+        f.expect_object({"model", "slots", "psu_bays", "fans", "alarm_inputs", "alarm_outputs", "agent_address",
+                         "agent_port", "mac_summary_ms", "model_word", "units"});
+        chassis::defaults(v_);
+        sw_chassis_info_t info = v_.hw->chassis.info;
+        info.model = uint32_t(f.integer("model", 0, UINT32_MAX, info.model));
+        info.slots = uint32_t(f.integer("slots", 1, SW_MAX_UNITS, info.slots));
+        info.psu_bays = uint32_t(f.integer("psu_bays", 0, SW_MAX_PSUS, info.psu_bays));
+        info.fans = uint32_t(f.integer("fans", 0, SW_MAX_FANS, info.fans));
+        info.alarm_inputs = uint32_t(f.integer("alarm_inputs", 0, SW_MAX_ALARM_INPUTS, info.alarm_inputs));
+        info.alarm_outputs = uint32_t(f.integer("alarm_outputs", 0, SW_MAX_ALARM_OUTPUTS, info.alarm_outputs));
+        if (f.has("agent_address") &&
+            helpers::ip_str_to_uint32(f.at("agent_address").text(15).c_str(), &info.agent_address) != 0)
+            f.at("agent_address").fail("must be an IPv4 address like 192.0.2.10");
+        info.agent_port = uint32_t(f.integer("agent_port", 1, 65535, info.agent_port));
+        at_field(f, [&] { chassis::ops::set_shape(v_, info); });
+        chassis::ops::set_mac_summary(v_, uint32_t(f.integer("mac_summary_ms", 0, layout::kMacSummaryMaxMs, 50)), false);
+        v_.status->model_word = uint32_t(f.integer("model_word", 0, UINT32_MAX, v_.status->model_word));
+        if (f.has("units"))
+            for (const Field &item : f.at("units").items()) chassis_unit(item);
+    }
+
+    void chassis_unit(const Field &f) {
+        f.expect_object({"unit", "psus", "fans", "alarms", "psu_model", "fan_model", "cpu", "mem", "cpu_swing",
+                         "mem_swing", "temperature_c"});
+        if (!f.has("unit")) f.fail("needs a unit (1..8 or \"all\")");
+        std::vector<int> units;
+        if (f.at("unit").raw().is_string()) {
+            if (f.at("unit").text(3) != "all") f.at("unit").fail("must be 1..8 or \"all\"");
+            for (int u = 0; u < SW_MAX_UNITS; ++u)
+                if (v_.status->units[u].status2) units.push_back(u);
+        } else {
+            const int unit = int(f.at("unit").integer(1, SW_MAX_UNITS));
+            if (!v_.status->units[unit - 1].status2) f.at("unit").fail("no unit " + std::to_string(unit) + " in this stack");
+            units.push_back(unit - 1);
+        }
+        static const std::map<std::string, int> kStates = {
+            {"ok", SW_MODULE_OK}, {"failed", SW_MODULE_FAILED}, {"absent", SW_MODULE_ABSENT}};
+        for (int u : units) {
+            for (auto [key, kind] : {std::pair{"psus", Switch::kPsu}, std::pair{"fans", Switch::kFan}}) {
+                // Listed positions take their state; a model alone renames every position.
+                const std::string model = f.text(kind == Switch::kPsu ? "psu_model" : "fan_model", SW_MODEL_SIZE - 1, "");
+                const auto states = f.has(key) ? f.at(key).items() : std::vector<Field>{};
+                const layout::ChassisUnit &c = v_.hw->chassis.units[u];
+                const uint32_t n = kind == Switch::kPsu ? v_.hw->chassis.info.psu_bays : v_.hw->chassis.info.fans;
+                for (std::size_t p = 0; p < std::max<std::size_t>(n, states.size()); ++p) {
+                    // A position beyond the unit's is refused by set_module.
+                    int state = p < n ? (kind == Switch::kPsu ? c.psus : c.fans)[p].state : SW_MODULE_OK;
+                    if (p < states.size()) {
+                        auto it = kStates.find(states[p].text(8));
+                        if (it == kStates.end()) states[p].fail("must be ok, failed or absent");
+                        state = it->second;
+                    } else if (model.empty()) {
+                        continue;
+                    }
+                    const Field &where = p < states.size() ? states[p] : f;
+                    at_field(where, [&] { chassis::ops::set_module(v_, kind, u, int(p), state, model); });
+                }
+            }
+            if (f.has("alarms"))
+                for (const Field &a : f.at("alarms").items())
+                    at_field(a, [&] { chassis::ops::set_alarm_input(v_, u, int(a.integer(1, SW_MAX_ALARM_INPUTS)) - 1, true); });
+            Switch::Load load;
+            const layout::ChassisUnit &c = v_.hw->chassis.units[u];
+            load.cpu = uint32_t(f.integer("cpu", 0, 100, c.cpu_base));
+            load.mem = uint32_t(f.integer("mem", 0, 100, c.mem_base));
+            load.cpu_swing = uint32_t(f.integer("cpu_swing", 0, 100, c.cpu_swing));
+            load.mem_swing = uint32_t(f.integer("mem_swing", 0, 100, c.mem_swing));
+            chassis::ops::set_load(v_, u, load);
+            chassis::ops::set_temperature(v_, u, int(f.integer("temperature_c", -40, 125, c.temperature_c)));
+        }
     }
 
     std::vector<std::pair<int, int>> user_ports(const Field &f) {

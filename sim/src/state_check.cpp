@@ -206,6 +206,22 @@ std::string fdb_entries(const View &v) {
     });
 }
 
+std::string hardware_chassis(const View &v) {
+    const sw_chassis_info_t &c = v.hw->chassis.info;
+    if (c.slots < 1 || c.slots > SW_MAX_UNITS) return beyond("the number of unit positions", c.slots, "1 .. 8");
+    if (c.psu_bays > SW_MAX_PSUS) return beyond("the number of power supply bays", c.psu_bays, "at most 4");
+    if (c.fans > SW_MAX_FANS) return beyond("the number of fan positions", c.fans, "at most 8");
+    if (c.alarm_inputs > SW_MAX_ALARM_INPUTS) return beyond("the number of alarm inputs", c.alarm_inputs, "at most 8");
+    if (c.alarm_outputs > SW_MAX_ALARM_OUTPUTS) return beyond("the number of alarm outputs", c.alarm_outputs, "at most 4");
+    return first(SW_MAX_UNITS, [&](int u) -> std::string {
+        const layout::ChassisUnit &unit = v.hw->chassis.units[u];
+        for (const auto *m : {&unit.psus[0], &unit.fans[0]})
+            for (int i = 0; i < (m == &unit.psus[0] ? SW_MAX_PSUS : SW_MAX_FANS); ++i)
+                if (!terminated(m[i].model)) return human("unit", u) + "'s module model runs past its " + std::to_string(SW_MODEL_SIZE) + " bytes";
+        return "";
+    });
+}
+
 struct Check {
     const char *section;
     std::string (*problem)(const View &);
@@ -216,7 +232,7 @@ const Check kChecks[] = {
     {"runtime", runtime_faults},    {"status", status_units},       {"image", image_identity},
     {"image", image_interfaces},    {"image", image_vlans},         {"image", image_mirror},
     {"image", image_l2proto},       {"hardware", hardware_l2proto}, {"hardware", hardware_lacp},
-    {"stats", stats_writers},       {"fdb", fdb_entries},
+    {"stats", stats_writers},       {"fdb", fdb_entries},           {"hardware", hardware_chassis},
 };
 
 }  // namespace

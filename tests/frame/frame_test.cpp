@@ -25,6 +25,8 @@
 
 extern "C" int handle_sysName(netsnmp_mib_handler *, netsnmp_handler_registration *,
                               netsnmp_agent_request_info *, netsnmp_request_info *);
+extern "C" int handle_swChassisModel(netsnmp_mib_handler *, netsnmp_handler_registration *,
+                              netsnmp_agent_request_info *, netsnmp_request_info *);
 extern "C" int handle_dot1dStpBridgeMaxAge(netsnmp_mib_handler *, netsnmp_handler_registration *,
                                            netsnmp_agent_request_info *, netsnmp_request_info *);
 extern "C" void dot1dBasePortTable_removeEntry(int32_t);
@@ -617,6 +619,27 @@ TEST_F(Tables, RowStoreKeepsIndexOrderUnderChurn) {
     const size_t before = table("dot1dBasePortTable").row_count();
     dot1dBasePortTable_removeEntry(4000);
     EXPECT_EQ(table("dot1dBasePortTable").row_count(), before) << "removing an unknown row is harmless";
+}
+
+// swChassisModel has a handler of its own: GET only, read without the
+// configuration lock; every other mode is logged and refused.
+TEST_F(Handlers, ChassisModelIsReadWithoutTheLockAndRefusesEverythingElse) {
+    Batch get(MODE_GET);
+    get.add(ASN_NULL, nullptr, 0);
+    EXPECT_EQ(handle_swChassisModel(nullptr, nullptr, get.info(), get.head()), SNMP_ERR_NOERROR);
+    netsnmp_variable_list *vb = get.head()->requestvb;
+    ASSERT_EQ(vb->type, ASN_INTEGER);
+    EXPECT_EQ(*vb->val.integer, 7300);
+    EXPECT_EQ(calls(), (std::vector<std::string>{"cfg_chassis_get_info()"}));
+    for (int mode : {MODE_SET_RESERVE1, MODE_SET_RESERVE2, MODE_SET_ACTION, MODE_SET_COMMIT, MODE_SET_FREE,
+                     MODE_SET_UNDO, int(MODE_GETNEXT)}) {
+        log_.clear();
+        Batch set(mode);
+        set.add_int(1);
+        EXPECT_EQ(handle_swChassisModel(nullptr, nullptr, set.info(), set.head()), SNMP_ERR_GENERR) << mode;
+        EXPECT_NE(log_.find("unknown mode (" + std::to_string(mode) + ") in handle_swChassisModel"), std::string::npos)
+            << log_;
+    }
 }
 
 }  // namespace

@@ -66,6 +66,15 @@ UNIT_INT_TABLES(UNIT_INT_REMOVER)
 UNIT_GAUGE_TABLES(UNIT_GAUGE_REMOVER)
 UNIT_INT_PAIR_TABLES(UNIT_INT_PAIR_REMOVER)
 UNIT_GAUGE_PAIR_TABLES(UNIT_GAUGE_PAIR_REMOVER)
+// Chassis and inventory.
+#define UNIT_CHASSIS_INT_TABLES(X)                                                                  \
+    X(cpuActiveUsageTable) X(memActiveUsageTable) X(switchInfoTable) X(switchMacAddrUsageTable)     \
+    X(switchMpuTable) X(switchIndivAlarmOutTable) X(entPhysicalTable)
+#define UNIT_CHASSIS_PAIR_TABLES(X)                                                                 \
+    X(switchIndivPowerTable) X(switchIndivFanTable) X(switchIndivAlarmTable) X(entPhysicalContainsTable) \
+    X(entAliasMappingTable) X(entLPMappingTable)
+UNIT_CHASSIS_INT_TABLES(UNIT_INT_REMOVER)
+UNIT_CHASSIS_PAIR_TABLES(UNIT_INT_PAIR_REMOVER)
 
 
 void dot1dTpFdbTable_removeEntry(const uint8_t *mac, size_t len) { removed("dot1dTpFdbTable", unit::mac_text(mac, len)); }

@@ -18,6 +18,7 @@
 
 #include "swplatform/platform.h"
 #include "swsim/control.hpp"
+#include "verbs.hpp"
 
 namespace {
 
@@ -294,6 +295,7 @@ public:
         add_port_controls();
         add_l2proto();
         add_ifaces();
+        swctl::add_chassis_verbs(app_, verbs());
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 
@@ -364,6 +366,24 @@ private:
         return cmd;
     }
     CLI::App *add(const std::string &name, const std::string &help, Action act) { return add(&app_, name, help, act); }
+
+    // What the verbs of the other files borrow.
+    swctl::Verbs verbs() {
+        swctl::Verbs v;
+        v.add = [this](CLI::App *parent, const std::string &name, const std::string &help, Action act) {
+            return add(parent, name, help, act);
+        };
+        v.add_state = [](CLI::App *cmd, bool &on, const std::string &on_word, const std::string &off_word) {
+            return add_state(cmd, on, {on_word, off_word});
+        };
+        v.port = [](const std::string &text) {
+            const PortRef p = parse_port(text);
+            return std::pair{p.unit0, p.port0};
+        };
+        v.index = [](const std::string &text, const std::string &what) { return parse_index(text, what); };
+        v.integer = [](const std::string &text, const std::string &what) { return parse_int(text, what); };
+        return v;
+    }
 
     void add_create() {
         auto *cmd = app_.add_subcommand("create", "Create the state file from a scenario (switch boots now)");

@@ -86,6 +86,7 @@ typedef struct sw_status {
     uint64_t serial_no;    /* switch serial number */
     uint32_t vendor_id;    /* vendor identifier word */
     uint32_t cpu_selector; /* which processor the usage scalars read */
+    uint32_t model_word;   /* product model code, also the vendor code of device information */
     /* VLAN change flags: set to 1 by the platform whenever a VLAN is created
      * or deleted; each consumer clears its own. */
     uint8_t vlan_changed_stack[2]; /* the interface stack's pair */
@@ -119,7 +120,7 @@ int lock_free(cfg_lock_t *lock);
 /* ---- Time --------------------------------------------------------------- */
 
 uint32_t uptime(void);    /* seconds since the switch started */
-uint32_t uptime_cs(void); /* hundredths of a second since the switch started */
+uint64_t uptime_cs(void); /* hundredths of a second since the switch started */
 /* The switch clock (on the switch: the C library's time and stime). */
 time_t sys_clock_get(void);
 int sys_clock_set(time_t t);
@@ -256,6 +257,7 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #include "swplatform/vlans.h"
 #include "swplatform/l2proto.h"
 #include "swplatform/ifaces.h"
+#include "swplatform/chassis.h"
 
 #endif
 

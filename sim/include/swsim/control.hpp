@@ -366,6 +366,49 @@ public:
     void eaps_delete(int id);
     void eaps_set_state(int id, uint32_t state);
     EapsInfo eaps(int id) const;
+
+    // ---- chassis ----
+    // Power supplies (kPsu, by bay) and fan modules (kFan, by position) of
+    // a unit: fitted and working (SW_MODULE_OK), failed (SW_MODULE_FAILED:
+    // no output, fan stopped) or taken out (SW_MODULE_ABSENT).  An empty
+    // model keeps the position's model.
+    enum ModuleKind : int { kPsu = 0, kFan = 1 };
+    void set_module(ModuleKind kind, int unit0, int position0, int state, const std::string &model = "");
+    sw_module_status_t module(ModuleKind kind, int unit0, int position0) const;
+    void set_alarm_input(int unit0, int input0, bool raised);
+    // An alarm output energised whatever the alarms say (forced), or left
+    // to them.
+    void set_alarm_output(int output0, bool forced);
+    // Processor and memory load of a unit, percent: the base and how far the
+    // readings swing around it either way (0: steady).
+    struct Load {
+        uint32_t cpu = 20, mem = 40, cpu_swing = 5, mem_swing = 1;
+    };
+    void set_load(int unit0, const Load &load);
+    void set_temperature(int unit0, int celsius);  // with every fan running
+    // The switch booted `cs` hundredths of a second ago.
+    void set_uptime_cs(uint64_t cs);
+    // How long a count of a unit's address table takes; while `hold` is set
+    // counts wait until it is cleared.
+    void set_mac_summary(uint32_t delay_ms, bool hold);
+    // Device information of the status block.
+    struct DeviceInfo {
+        std::string boot_version, fw_date;  // fw_date as "Tue Mar 02 14:05:00 UTC 2021"
+        uint64_t serial_no = 0;
+        uint32_t model_word = 0;
+    };
+    void set_device_info(const DeviceInfo &info);
+    DeviceInfo device_info() const;
+    sw_chassis_info_t chassis() const;
+    // What the chassis calls answer for a present unit now.
+    struct UnitEnvironment {
+        int mpu_role = SW_MPU_NONE;
+        int temperature_c = 0;
+        uint32_t cpu = 0, mem = 0;   // percent
+        uint32_t alarms_raised = 0;  // bit i: alarm input i + 1
+    };
+    UnitEnvironment environment(int unit0) const;
+    bool alarm_output(int output0) const;  // energised now
 };
 
 // The names of the platform calls that faults can be armed on.
