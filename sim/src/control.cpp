@@ -5,6 +5,7 @@
 #include "hooks.hpp"
 #include "ifaces.hpp"
 #include "l2proto.hpp"
+#include "lldp.hpp"
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
@@ -377,6 +378,29 @@ sw_lacp_port_t Switch::lacp_port(int unit0, int port0) const {
     const View &v = impl_->v();
     model::ops::check_port(v, unit0, port0);
     return model::lacp_port(v, model::phys_index(unit0, port0));
+}
+
+// ---- LLDP ----
+
+int32_t Switch::lldp_hear(int unit0, int port0, const LldpNeighbour &neighbour) {
+    int32_t index = 0;
+    impl_->change([&](View &v) { index = lldp::ops::hear(v, lldp::ops::slot_of(v, unit0, port0), neighbour); });
+    return index;
+}
+void Switch::lldp_change(int unit0, int port0, int32_t remote_index, const LldpNeighbour &neighbour) {
+    impl_->change([&](View &v) { lldp::ops::change(v, lldp::ops::slot_of(v, unit0, port0), remote_index, neighbour); });
+}
+void Switch::lldp_remove(int unit0, int port0, int32_t remote_index, bool aged) {
+    impl_->change([&](View &v) { lldp::ops::remove(v, lldp::ops::slot_of(v, unit0, port0), remote_index, aged); });
+}
+std::vector<Switch::LldpNeighbour> Switch::lldp_neighbours(int unit0, int port0) const {
+    const View &v = impl_->v();
+    return lldp::neighbours(v, lldp::ops::slot_of(v, unit0, port0));
+}
+int Switch::lldp_import(const std::string &json_text, const std::vector<LldpImportTarget> &targets) {
+    int heard = 0;
+    impl_->change([&](View &v) { heard = lldp::ops::import_lldpd(v, json_text, targets); });
+    return heard;
 }
 
 }  // namespace swsim

@@ -12,6 +12,7 @@
 #include "helpers.hpp"
 #include "ifaces.hpp"
 #include "l2proto.hpp"
+#include "lldp_scenario.hpp"
 #include "model.hpp"
 #include "state_install.hpp"
 #include "vlans.hpp"
@@ -120,7 +121,7 @@ public:
 
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
-                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces"});
+                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "lldp"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -139,6 +140,7 @@ public:
         interfaces(root.has("interfaces") ? root.at("interfaces") : empty("interfaces"));
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
         l2proto(root);
+        lldp::scenario(v_, root.has("lldp") ? root.at("lldp") : empty("lldp"), [this](const Field &f) { return select(f); });
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
         s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;

@@ -256,6 +256,7 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #include "swplatform/vlans.h"
 #include "swplatform/l2proto.h"
 #include "swplatform/ifaces.h"
+#include "swplatform/lldp.h"
 
 #endif
 
