@@ -209,17 +209,18 @@ Neighbour loaded(const Stored &s) {
     return n;
 }
 
-// What a neighbour announces, its bookkeeping left out.
+// What a neighbour announces, its bookkeeping left out, as it is stored
+// (fields that do not apply read as cleared).
 bool same_announcement(const Stored &s, const Neighbour &n) {
-    Neighbour now = loaded(s);
-    now.remote_index = n.remote_index;
-    now.time_mark = n.time_mark;
+    Stored heard{};
+    store(heard, n);
     auto key = [](const Neighbour &x) {
         return std::tie(x.chassis_subtype, x.chassis_id, x.port_subtype, x.port_id, x.port_desc, x.sys_name, x.sys_desc,
                         x.caps_supported, x.caps_enabled, x.has_mgmt, x.mgmt_subtype, x.mgmt_addr, x.mgmt_if_subtype,
                         x.mgmt_if_id, x.unknown_tlv_type, x.unknown_tlv_info, x.rx_interval_s);
     };
-    return key(now) == key(n);
+    const Neighbour a = loaded(s), b = loaded(heard);
+    return key(a) == key(b);
 }
 
 bool same_identity(const Stored &s, const Neighbour &n) {

@@ -28,12 +28,21 @@ void scenario_at(const Field &where, Body body) {
 // The LLDP ports a selection names: "mgmt" is the management port.
 template <class Field, class Select>
 std::vector<int> scenario_slots(View &v, const Field &f, Select &select) {
-    if (f.raw().is_string() && f.raw().template get<std::string>() == "mgmt") return {layout::kLldpMgmtSlot};
     std::vector<int> slots;
-    for (auto [u, p] : select(f)) {
-        if (u == 0 && p >= layout::kTrunkPortBase) f.fail("LLDP runs on ports and the management port, not trunks");
-        slots.push_back(ops::slot_of(v, u, p));
-    }
+    auto one = [&](const Field &item) {
+        if (item.raw().is_string() && item.raw().template get<std::string>() == "mgmt") {
+            slots.push_back(layout::kLldpMgmtSlot);
+            return;
+        }
+        for (auto [u, p] : select(item)) {
+            if (u == 0 && p >= layout::kTrunkPortBase) item.fail("LLDP runs on ports and the management port, not trunks");
+            slots.push_back(ops::slot_of(v, u, p));
+        }
+    };
+    if (f.raw().is_array())
+        for (const Field &item : f.items()) one(item);
+    else
+        one(f);
     return slots;
 }
 
@@ -143,11 +152,12 @@ void scenario(View &v, const Field &f, Select select) {
                      "system_description", "capabilities", "management_address", "management_interface",
                      "management_oid", "management_port_description", "ports", "neighbours"});
     layout::LldpConfig &c = v.cfg->lldp;
-    scenario_at(f, [&] {
-        ops::set_timers(v, int(f.integer("tx_interval", 5, 32768, c.tx_interval)), int(f.integer("tx_hold", 2, 10, c.tx_hold)),
-                        int(f.integer("reinit_delay", 1, 10, c.reinit_delay)), int(f.integer("tx_delay", 1, 8192, c.tx_delay)),
-                        int(f.integer("notification_interval", 5, 3600, c.notification_interval)));
-    });
+    const int timers[] = {int(f.integer("tx_interval", 5, 32768, c.tx_interval)),
+                          int(f.integer("tx_hold", 2, 10, c.tx_hold)),
+                          int(f.integer("reinit_delay", 1, 10, c.reinit_delay)),
+                          int(f.integer("tx_delay", 1, 8192, c.tx_delay)),
+                          int(f.integer("notification_interval", 5, 3600, c.notification_interval))};
+    scenario_at(f, [&] { ops::set_timers(v, timers[0], timers[1], timers[2], timers[3], timers[4]); });
     copy_text(c.sys_desc, f.text("system_description", 255, text_of(c.sys_desc)));
     copy_text(c.mgmt_port_desc, f.text("management_port_description", 255, text_of(c.mgmt_port_desc)));
     if (f.has("capabilities"))
