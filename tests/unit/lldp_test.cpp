@@ -202,7 +202,7 @@ TEST_F(LldpTest, UnchangedHashFetchesNoNeighbourAndAChangeFetchesEachPortOncePer
         // ... and then, walked in any order and again, nothing.
         for (int again = 0; again < 2; ++again)
             for (const Consumer &c : tables) EXPECT_EQ(fetches(c), 0u) << c.name;
-        sw().lldp_hear(1, 0, neighbour(4, std::string("\x02\0\0\0\0\x09", 6), 5, "p1"));
+        sw().lldp_hear(1, 0, neighbour(4, std::string("\x02\0\0\0\0\x09", 6), 5, "p" + std::to_string(round)));
     }
     // A read that fails leaves the cache to be fetched again, hash or not.
     sw().fault_set("cfg_get_lldp_neighbors_info", -1, 1);
