@@ -86,11 +86,11 @@ uint32_t counter(int32_t index, swp::lldp_counters::Word word) {
     const Port p = port_of(index);
     const int rc = p.mgmt ? cfg_get_lldp_mgmt_status_intf_counters(record)
                           : cfg_get_lldp_status_intf_counters(p.unit0, p.port0, record);
-    return rc >= 0 ? swp::lldp_counters::load(record, word) : 0;
+    return rc >= 0 ? swp::load_word(record, word) : 0;
 }
 uint32_t global_stat(swp::lldp_global_stats::Word word) {
     uint8_t record[swp::lldp_global_stats::kSize] = {};
-    return cfg_get_lldp_global_stats_info(record) >= 0 ? swp::lldp_global_stats::load(record, word) : 0;
+    return cfg_get_lldp_global_stats_info(record) >= 0 ? swp::load_word(record, word) : 0;
 }
 
 // A per-port setting: the call of a user port, or of the management port.
@@ -111,6 +111,16 @@ constexpr PortSetting kTlvSettings[] = {
     {cfg_set_lldp_port_sysDescEnable, cfg_set_lldp_mgmt_port_sysDescEnable},
     {cfg_set_lldp_port_sysCapEnable, cfg_set_lldp_mgmt_port_sysCapEnable},
 };
+
+// The switch's capabilities (bits of the 16-bit word in `field`) as BITS.
+const uint8_t *capabilities(swp::Field field, std::size_t *len) {
+    static uint8_t octet;
+    uint8_t record[global::kSize];
+    read_global(record);
+    octet = lldp::capability_octet(swp::load_be16(record + field.offset));
+    *len = 1;
+    return &octet;
+}
 
 // ---- the one management address row ----------------------------------------------------------
 
@@ -198,22 +208,8 @@ const uint8_t *get_ipc_lldpLocSysDesc(size_t *len) {
     return text_field(area, record, global::kSysDesc, len);
 }
 
-const uint8_t *get_ipc_lldpLocSysCapSupported(size_t *len) {
-    static uint8_t octet;
-    uint8_t record[global::kSize];
-    read_global(record);
-    octet = lldp::capability_octet(swp::load_be16(record + global::kCapsSupported.offset));
-    *len = 1;
-    return &octet;
-}
-const uint8_t *get_ipc_lldpLocSysCapEnabled(size_t *len) {
-    static uint8_t octet;
-    uint8_t record[global::kSize];
-    read_global(record);
-    octet = lldp::capability_octet(swp::load_be16(record + global::kCapsEnabled.offset));
-    *len = 1;
-    return &octet;
-}
+const uint8_t *get_ipc_lldpLocSysCapSupported(size_t *len) { return capabilities(global::kCapsSupported, len); }
+const uint8_t *get_ipc_lldpLocSysCapEnabled(size_t *len) { return capabilities(global::kCapsEnabled, len); }
 
 // ---- timers --------------------------------------------------------------------------------------
 

@@ -47,34 +47,13 @@ struct LldpConfig {
     uint8_t mgmt_oid[swp::lldp_global::kMgmtOid.size];
 };
 
-// One neighbour as heard on a port.  Lengths count the bytes in use of
-// their fields; texts end with a zero within their fields.
-struct LldpNeighbour {
-    uint16_t chassis_subtype;
-    uint16_t port_subtype;
-    uint8_t chassis_id_len;
-    uint8_t port_id_len;
-    uint8_t mgmt_present;
-    uint8_t mgmt_subtype;
-    uint8_t mgmt_addr_len;
-    uint8_t mgmt_if_subtype;
-    uint8_t unknown_tlv_type;  // 0: the neighbour sends no unknown TLV
-    uint8_t reserved;
-    uint16_t unknown_tlv_len;
-    uint16_t caps_supported;
-    uint16_t caps_enabled;
+// One neighbour as heard on a port: what it announces, as the platform's
+// record holds it (host order; the time mark is uptime_cs() when it was
+// heard first or changed last), and when and how often it sends.
+struct LldpNeighbour : lldp_nb::Record {
     uint16_t rx_interval_s;    // how often the neighbour sends (1 .. 3600 s)
-    int32_t remote_index;
-    uint32_t time_mark;        // uptime_cs() when heard first or changed last
-    int32_t mgmt_if_id;
+    uint16_t reserved[3];
     int64_t since_ns;          // realtime when heard first (its frames count from here)
-    uint8_t chassis_id[lldp_nb::kChassisId.size];
-    uint8_t port_id[lldp_nb::kPortId.size];
-    char port_desc[lldp_nb::kPortDesc.size];
-    char sys_name[lldp_nb::kSysName.size];
-    char sys_desc[lldp_nb::kSysDesc.size];
-    uint8_t mgmt_addr[lldp_nb::kMgmtAddr.size];
-    uint8_t unknown_tlv_info[lldp_nb::kUnknownTlvInfo.size];
 };
 
 // A port's LLDP counters.  Frames received count on from the neighbours'

@@ -104,13 +104,13 @@ void counters_record(const View &v, int slot, uint8_t *record) {
         rx += frames;
         if (n.unknown_tlv_type != 0) unrecognized += frames;
     });
-    w::store(record, w::kTxFramesTotal, uint32_t(c.tx_base + tx_frames(v, slot)));
-    w::store(record, w::kRxFramesDiscarded, c.rx_discarded);
-    w::store(record, w::kRxFramesErrors, c.rx_errors);
-    w::store(record, w::kRxFramesTotal, uint32_t(rx));
-    w::store(record, w::kRxTlvsDiscarded, c.tlvs_discarded);
-    w::store(record, w::kRxTlvsUnrecognized, uint32_t(unrecognized));
-    w::store(record, w::kRxAgeouts, c.ageouts);
+    swp::store_word(record, w::kTxFramesTotal, uint32_t(c.tx_base + tx_frames(v, slot)));
+    swp::store_word(record, w::kRxFramesDiscarded, c.rx_discarded);
+    swp::store_word(record, w::kRxFramesErrors, c.rx_errors);
+    swp::store_word(record, w::kRxFramesTotal, uint32_t(rx));
+    swp::store_word(record, w::kRxTlvsDiscarded, c.tlvs_discarded);
+    swp::store_word(record, w::kRxTlvsUnrecognized, uint32_t(unrecognized));
+    swp::store_word(record, w::kRxAgeouts, c.ageouts);
 }
 
 // ---- neighbours -----------------------------------------------------------------------------
@@ -247,33 +247,6 @@ void announce(View &v, int slot, int i, const Neighbour &n) {
     touch(v);
 }
 
-void encode(const Stored &s, uint8_t *p) {
-    nb::Record r;
-    r.time_mark = s.time_mark;
-    r.remote_index = s.remote_index;
-    r.chassis_subtype = s.chassis_subtype;
-    std::memcpy(r.chassis_id, s.chassis_id, sizeof r.chassis_id);
-    r.chassis_id_len = s.chassis_id_len;
-    r.port_subtype = s.port_subtype;
-    std::memcpy(r.port_id, s.port_id, sizeof r.port_id);
-    r.port_id_len = s.port_id_len;
-    copy_text(r.port_desc, sizeof r.port_desc, s.port_desc);
-    copy_text(r.sys_name, sizeof r.sys_name, s.sys_name);
-    copy_text(r.sys_desc, sizeof r.sys_desc, s.sys_desc);
-    r.caps_supported = s.caps_supported;
-    r.caps_enabled = s.caps_enabled;
-    r.mgmt_subtype = s.mgmt_subtype;
-    std::memcpy(r.mgmt_addr, s.mgmt_addr, sizeof r.mgmt_addr);
-    r.mgmt_addr_len = s.mgmt_addr_len;
-    r.mgmt_if_subtype = s.mgmt_if_subtype;
-    r.mgmt_present = s.mgmt_present;
-    r.mgmt_if_id = s.mgmt_if_id;
-    r.unknown_tlv_type = s.unknown_tlv_type;
-    r.unknown_tlv_len = s.unknown_tlv_len;
-    std::memcpy(r.unknown_tlv_info, s.unknown_tlv_info, sizeof r.unknown_tlv_info);
-    nb::encode(r, p);
-}
-
 // A port's neighbours as records, by remote index, in a malloc'ed array.
 int give_neighbours(const View &v, int slot, uint8_t **records, int *count) {
     if (slot < 0 || !records || !count) return -1;
@@ -284,7 +257,7 @@ int give_neighbours(const View &v, int slot, uint8_t **records, int *count) {
     if (!order.empty()) {
         out = static_cast<uint8_t *>(std::malloc(order.size() * nb::kSize));
         if (!out) return -1;
-        for (std::size_t k = 0; k < order.size(); ++k) encode(hw(v).neighbours[order[k].second], out + k * nb::kSize);
+        for (std::size_t k = 0; k < order.size(); ++k) nb::encode(hw(v).neighbours[order[k].second], out + k * nb::kSize);
     }
     *records = out;
     *count = int(order.size());
@@ -407,11 +380,11 @@ int cfg_get_lldp_global_stats_info(const View &v, uint8_t *record) {
     namespace w = swp::lldp_global_stats;
     if (!record) return -1;
     const layout::LldpHardware &h = hw(v);
-    w::store(record, w::kLastChangeTime, h.last_change_cs);
-    w::store(record, w::kInserts, h.inserts);
-    w::store(record, w::kDeletes, h.deletes);
-    w::store(record, w::kDrops, h.drops);
-    w::store(record, w::kAgeouts, h.ageouts);
+    swp::store_word(record, w::kLastChangeTime, h.last_change_cs);
+    swp::store_word(record, w::kInserts, h.inserts);
+    swp::store_word(record, w::kDeletes, h.deletes);
+    swp::store_word(record, w::kDrops, h.drops);
+    swp::store_word(record, w::kAgeouts, h.ageouts);
     return 0;
 }
 

@@ -38,7 +38,7 @@ uint32_t counter(int unit0, int port0, swp::lldp_counters::Word w) {
     EXPECT_EQ(unit0 == kMgmt ? cfg_get_lldp_mgmt_status_intf_counters(record)
                              : cfg_get_lldp_status_intf_counters(unit0, port0, record),
               0);
-    return swp::lldp_counters::load(record, w);
+    return swp::load_word(record, w);
 }
 
 TEST_F(SwitchTest, TheHashMovesWithEveryChangeOfTheNeighboursAndOnlyThen) {
@@ -116,8 +116,8 @@ TEST_F(SwitchTest, AFullTableDropsTheNextNeighbour) {
               "the neighbour table is full (2048 neighbours): dropped");
     uint8_t stats[SW_LLDP_GLOBAL_STATS_SIZE];
     ASSERT_EQ(cfg_get_lldp_global_stats_info(stats), 0);
-    EXPECT_EQ(swp::lldp_global_stats::load(stats, swp::lldp_global_stats::kDrops), 1u);
-    EXPECT_EQ(swp::lldp_global_stats::load(stats, swp::lldp_global_stats::kInserts), 2048u);
+    EXPECT_EQ(swp::load_word(stats, swp::lldp_global_stats::kDrops), 1u);
+    EXPECT_EQ(swp::load_word(stats, swp::lldp_global_stats::kInserts), 2048u);
     // Room again after one goes.
     sw_->lldp_remove(1, 7, 0);
     EXPECT_NO_THROW(sw_->lldp_hear(kMgmt, 0, neighbour("one more", "p")));

@@ -25,6 +25,16 @@ inline void store_text(uint8_t *p, Field f, const char *text) {
     std::memset(p + f.offset + n, 0, f.size - n);
 }
 
+// A record of consecutive 32-bit words, each named by an enumerator.
+template <class Word>
+uint32_t load_word(const uint8_t *p, Word w) {
+    return load_be32(p + std::size_t(w) * 4);
+}
+template <class Word>
+void store_word(uint8_t *p, Word w, uint32_t v) {
+    store_be32(p + std::size_t(w) * 4, v);
+}
+
 // ---- The switch's LLDP record (cfg_get_lldp_global_info) -------------------
 
 namespace lldp_global {
@@ -82,8 +92,6 @@ namespace lldp_global_stats {
 inline constexpr std::size_t kSize = SW_LLDP_GLOBAL_STATS_SIZE;
 enum Word : std::size_t { kLastChangeTime, kInserts, kDeletes, kDrops, kAgeouts, kWords };
 static_assert(kWords * 4 == kSize);
-inline uint32_t load(const uint8_t *p, Word w) { return load_be32(p + w * 4); }
-inline void store(uint8_t *p, Word w, uint32_t v) { store_be32(p + w * 4, v); }
 }  // namespace lldp_global_stats
 
 // ---- A port's LLDP record (cfg_get_lldp_intf_info and _mgmt_) --------------
@@ -132,8 +140,6 @@ enum Word : std::size_t {
     kWords
 };
 static_assert(kWords * 4 == kSize);
-inline uint32_t load(const uint8_t *p, Word w) { return load_be32(p + w * 4); }
-inline void store(uint8_t *p, Word w, uint32_t v) { store_be32(p + w * 4, v); }
 }  // namespace lldp_counters
 
 // ---- One neighbour (cfg_get_lldp_neighbors_info and _mgmt_) ----------------
