@@ -10,6 +10,7 @@ packages=(
   libgtest-dev googletest            # unit and integration tests
   nlohmann-json3-dev libcli11-dev    # scenarios and the control tool
   smitools                           # smilint for the private MIB text
+  lldpd iproute2                     # a real LLDP peer in network namespaces (LLDP tests)
   python3
 )
 

@@ -552,6 +552,17 @@ using namespace l2proto::calls;
 }  // namespace
 }  // namespace swsim
 
+// ---- LLDP (lldp.cpp) -------------------------------------------------------------------------
+
+#include "lldp.hpp"
+namespace swsim {
+namespace {
+namespace impl {
+using namespace lldp::calls;
+}
+}  // namespace
+}  // namespace swsim
+
 #define SWSIM_L2PROTO_CALLS(X)                                                                         \
     X(int, cfg_get_stp_state, (int instance, uint8_t *record), (instance, record), -1)                  \
     X(int, cfg_get_stp_port_state, (int instance, int unit0, int port0, uint8_t *record),               \
@@ -739,7 +750,8 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, cfg_set_lacp_system_priority, (int priority), (priority), -1)                                \
     X(int, cfg_get_lacp_last_change, (uint32_t * cs), (cs), -1)                                         \
     SWSIM_L2PROTO_CALLS(X)                                                                             \
-    SWSIM_CHASSIS_CALLS(X)
+    SWSIM_CHASSIS_CALLS(X)                                                                             \
+    SWSIM_LLDP_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -6,6 +6,7 @@
 #include "hooks.hpp"
 #include "ifaces.hpp"
 #include "l2proto.hpp"
+#include "lldp.hpp"
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
@@ -435,6 +436,29 @@ bool Switch::alarm_output(int output0) const {
     if (chassis::calls::cfg_chassis_get_alarm_output(impl_->v(), output0, &active) != 0)
         throw Error("the stack has no alarm output " + std::to_string(human(output0)));
     return active != 0;
+}
+
+// ---- LLDP ----
+
+int32_t Switch::lldp_hear(int unit0, int port0, const LldpNeighbour &neighbour) {
+    int32_t index = 0;
+    impl_->change([&](View &v) { index = lldp::ops::hear(v, lldp::ops::slot_of(v, unit0, port0), neighbour); });
+    return index;
+}
+void Switch::lldp_change(int unit0, int port0, int32_t remote_index, const LldpNeighbour &neighbour) {
+    impl_->change([&](View &v) { lldp::ops::change(v, lldp::ops::slot_of(v, unit0, port0), remote_index, neighbour); });
+}
+void Switch::lldp_remove(int unit0, int port0, int32_t remote_index, bool aged) {
+    impl_->change([&](View &v) { lldp::ops::remove(v, lldp::ops::slot_of(v, unit0, port0), remote_index, aged); });
+}
+std::vector<Switch::LldpNeighbour> Switch::lldp_neighbours(int unit0, int port0) const {
+    const View &v = impl_->v();
+    return lldp::neighbours(v, lldp::ops::slot_of(v, unit0, port0));
+}
+int Switch::lldp_import(const std::string &json_text, const std::vector<LldpImportTarget> &targets) {
+    int heard = 0;
+    impl_->change([&](View &v) { heard = lldp::ops::import_lldpd(v, json_text, targets); });
+    return heard;
 }
 
 }  // namespace swsim

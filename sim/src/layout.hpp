@@ -32,11 +32,12 @@
 #include "layout_l2proto.hpp"
 #include "layout_ifaces.hpp"
 #include "layout_chassis.hpp"
+#include "layout_lldp.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 3;
+inline constexpr uint32_t kVersion = 4;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -173,6 +174,7 @@ struct ConfigModel {
     TrafficConfig traffic;  // rate limits, storm control, mirroring
     L2ProtoConfig l2proto;
     IfacesConfig ifaces_ext;
+    LldpConfig lldp;
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -195,6 +197,7 @@ struct Hardware {
     L2ProtoHardware l2proto;
     IfacesHardware ifaces_ext;
     ChassisHardware chassis;  // bays, fans, alarms, load
+    LldpHardware lldp;
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -13,6 +13,7 @@
 #include "helpers.hpp"
 #include "ifaces.hpp"
 #include "l2proto.hpp"
+#include "lldp_scenario.hpp"
 #include "model.hpp"
 #include "state_install.hpp"
 #include "vlans.hpp"
@@ -121,7 +122,7 @@ public:
 
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
-                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis"});
+                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -141,6 +142,7 @@ public:
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
         l2proto(root);
         chassis(root.has("chassis") ? root.at("chassis") : empty("chassis"));
+        lldp::scenario(v_, root.has("lldp") ? root.at("lldp") : empty("lldp"), [this](const Field &f) { return select(f); });
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
         s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;

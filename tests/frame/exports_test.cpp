@@ -52,6 +52,26 @@ std::vector<std::string> expected_exports() {
     SA_X_##access(name)
 #include "tables/columns.def"
 #undef COLUMN
+
+    // The LLDP access layer, under each LLDP object's name, and the LLDP
+    // start-up step.
+#define SA_X_IPC_RW(name) names.push_back("set_ipc_" #name);
+#define SA_X_IPC_RO(name)
+#define COLUMN(table, number, name, type, access, range) \
+    names.push_back("get_ipc_" #name);                   \
+    SA_X_IPC_##access(name)
+#include "mibs/lldp/columns.def"
+#undef COLUMN
+#define LLDP_TABLE(table)                          \
+    names.push_back("init_ipc_index_" #table);     \
+    names.push_back("exists_ipc_entry_" #table);
+#define LLDP_SCALAR(name, type, access)   \
+    names.push_back("get_ipc_" #name);    \
+    SA_X_IPC_##access(name)
+#include "mibs/lldp/objects.def"
+#undef LLDP_TABLE
+#undef LLDP_SCALAR
+    names.push_back("init_lldp");
     return names;
 }
 

@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "layout.hpp"
 #include "support.hpp"
 
 namespace {

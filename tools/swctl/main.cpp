@@ -19,6 +19,7 @@
 #include "swplatform/platform.h"
 #include "swsim/control.hpp"
 #include "verbs.hpp"
+#include "lldp.hpp"
 
 namespace {
 
@@ -296,6 +297,11 @@ public:
         add_l2proto();
         add_ifaces();
         swctl::add_chassis_verbs(app_, verbs());
+        swctl::add_lldp_commands(
+            app_, [this](CLI::App *parent, const std::string &name, const std::string &help, Action act) {
+                return add(parent, name, help, act);
+            },
+            [](const std::string &text) { return std::make_pair(parse_port(text).unit0, parse_port(text).port0); });
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 

@@ -258,6 +258,7 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #include "swplatform/l2proto.h"
 #include "swplatform/ifaces.h"
 #include "swplatform/chassis.h"
+#include "swplatform/lldp.h"
 
 #endif
 

@@ -409,6 +409,51 @@ public:
     };
     UnitEnvironment environment(int unit0) const;
     bool alarm_output(int output0) const;  // energised now
+
+    // ---- LLDP ----
+    // The neighbours heard on the user ports and on the management port,
+    // which the calls below address as unit0 kLldpMgmtUnit (port0 0).
+    static constexpr int kLldpMgmtUnit = -1;
+    // A neighbour as it announces itself.  Identifiers and addresses are
+    // octets: a MAC chassis ID (subtype 4) is its six octets.
+    struct LldpNeighbour {
+        int chassis_subtype = 4;        // 1..7 (4 MAC address, 7 locally assigned)
+        std::string chassis_id;         // 1..255 octets
+        int port_subtype = 5;           // 1..7 (3 MAC address, 5 interface name, 7 local)
+        std::string port_id;            // 1..255 octets
+        std::string port_desc, sys_name, sys_desc;  // texts of up to 255 characters
+        uint16_t caps_supported = 0;    // bit k: capability k (0 other, 2 bridge, 4 router, 7 station)
+        uint16_t caps_enabled = 0;
+        bool has_mgmt = false;          // announces a management address
+        int mgmt_subtype = 1;           // address family: 1 IPv4, 2 IPv6, 6 MAC
+        std::string mgmt_addr;          // 1..31 octets
+        int mgmt_if_subtype = 2;        // 1 unknown, 2 ifIndex, 3 system port number
+        int32_t mgmt_if_id = 0;
+        int unknown_tlv_type = 0;       // a TLV the switch does not know: 9..127; 0 none
+        std::string unknown_tlv_info;   // up to 511 octets
+        int rx_interval_s = 30;         // how often it sends (1..3600 s)
+        // Kept by the switch (ignored when hearing or changing one):
+        int32_t remote_index = 0;
+        uint32_t time_mark = 0;         // uptime in 1/100 s when heard first or changed last
+    };
+    // Hears a neighbour on a port: one with the same chassis and port IDs
+    // there is updated (its time mark moves if anything changed), else it is
+    // added.  Returns its remote index.
+    int32_t lldp_hear(int unit0, int port0, const LldpNeighbour &neighbour);
+    // Replaces what a neighbour announces; its time mark moves.
+    void lldp_change(int unit0, int port0, int32_t remote_index, const LldpNeighbour &neighbour);
+    // remote_index 0: all neighbours of the port.  `aged`: they timed out
+    // (counted as ageouts) rather than said goodbye.
+    void lldp_remove(int unit0, int port0, int32_t remote_index, bool aged = false);
+    std::vector<LldpNeighbour> lldp_neighbours(int unit0, int port0) const;  // by remote index
+    // Imports what `lldpcli -f json show neighbors details` (or -f json0)
+    // printed: the neighbours of lldpd's interface `iface` are heard on the
+    // port; iface "" takes every interface.  Returns how many were heard.
+    struct LldpImportTarget {
+        std::string iface;
+        int unit0 = 0, port0 = 0;
+    };
+    int lldp_import(const std::string &json_text, const std::vector<LldpImportTarget> &targets);
 };
 
 // The names of the platform calls that faults can be armed on.
