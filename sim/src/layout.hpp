@@ -31,11 +31,12 @@
 #include "layout_traffic.hpp"
 #include "layout_l2proto.hpp"
 #include "layout_ifaces.hpp"
+#include "layout_routing.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 2;
+inline constexpr uint32_t kVersion = 3;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -193,6 +194,7 @@ struct Hardware {
     TrafficHardware traffic;  // queue counter offsets
     L2ProtoHardware l2proto;
     IfacesHardware ifaces_ext;
+    RoutingState routing;  // addresses, routes, VRRP, OSPF, RIP
 };
 
 // ---- statistics ---------------------------------------------------------------
