@@ -103,6 +103,9 @@ private:
     std::string retired_name_;  // "<table>_retired": the request's hold on removed rows
     Refresh refresh_;
     const TableDesc *desc_ = nullptr;
+    bool rebuild_ = false;         // the refresh rebuilds every row (tables/variants.hpp)
+    bool trace_columns_ = true;    // per-column trace messages
+    void clear_rows();
     std::vector<const ColumnDesc *> columns_;  // by column number
     netsnmp_table_data *data_ = nullptr;
     // The rows in index order.  Populations visit rows in index order, so
