@@ -18,6 +18,7 @@
 
 #include "swplatform/platform.h"
 #include "swsim/control.hpp"
+#include "routing_commands.hpp"
 
 namespace {
 
@@ -294,6 +295,8 @@ public:
         add_port_controls();
         add_l2proto();
         add_ifaces();
+        swctl::add_routing_commands(app_, [this](CLI::App *parent, const std::string &name, const std::string &help,
+                                                 Action act) { return add(parent, name, help, act); });
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 
