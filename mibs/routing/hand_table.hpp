@@ -51,6 +51,13 @@ struct HandTable {
     bool (*find)(int mode, const uint32_t *key, RowData &row, uint32_t *row_key);
 };
 
+// Their OIDs, by name (hand_tables.def).
+namespace oids {
+#define HAND_TABLE(name, ...) inline constexpr Oid name{__VA_ARGS__};
+#include "mibs/routing/hand_tables.def"
+#undef HAND_TABLE
+}  // namespace oids
+
 // All of them, in registration order.
 std::span<const HandTable> hand_tables();
 const HandTable *find_hand_table(const char *name);

@@ -306,22 +306,22 @@ constexpr HandColumn kRipPeerColumns[] = {
 }  // namespace
 
 extern const HandTable kRipTables[] = {
-    {"rip2IfStatTable", Oid{1, 3, 6, 1, 2, 1, 23, 2}, kAddr, kRipIfColumns, find_rip_if},
-    {"rip2PeerTable", Oid{1, 3, 6, 1, 2, 1, 23, 4}, kRipPeer, kRipPeerColumns, find_rip_peer},
+    {"rip2IfStatTable", oids::rip2IfStatTable, kAddr, kRipIfColumns, find_rip_if},
+    {"rip2PeerTable", oids::rip2PeerTable, kRipPeer, kRipPeerColumns, find_rip_peer},
 };
 
 extern const HandTable kOspfTables[] = {
-    {"ospfAreaTable", Oid{1, 3, 6, 1, 2, 1, 14, 2}, kAddr, kAreaColumns, find_area},
-    {"ospfStubAreaTable", Oid{1, 3, 6, 1, 2, 1, 14, 3}, kAddrTos, kStubColumns, find_stub_area},
-    {"ospfLsdbTable", Oid{1, 3, 6, 1, 2, 1, 14, 4}, kAreaLsa, kLsdbColumns, find_area_lsa},
-    {"ospfIfTable", Oid{1, 3, 6, 1, 2, 1, 14, 7}, kAddrIf, kIfColumns, find_if},
-    {"ospfIfMetricTable", Oid{1, 3, 6, 1, 2, 1, 14, 8}, kAddrIfTos, kIfMetricColumns, find_if_metric},
-    {"ospfVirtIfTable", Oid{1, 3, 6, 1, 2, 1, 14, 9}, kTwoAddr, kVirtIfColumns, find_virt_if},
-    {"ospfNbrTable", Oid{1, 3, 6, 1, 2, 1, 14, 10}, kAddrIf, kNbrColumns, find_nbr},
-    {"ospfVirtNbrTable", Oid{1, 3, 6, 1, 2, 1, 14, 11}, kTwoAddr, kVirtNbrColumns, find_virt_nbr},
-    {"ospfExtLsdbTable", Oid{1, 3, 6, 1, 2, 1, 14, 12}, kExtLsa, kExtLsdbColumns, find_ext_lsa},
-    {"ospfAreaAggregateTable", Oid{1, 3, 6, 1, 2, 1, 14, 14}, kAggregate, kAggregateColumns, find_aggregate},
-    {"ospfLocalLsdbTable", Oid{1, 3, 6, 1, 2, 1, 14, 17}, kLocalLsa, kLocalLsdbColumns, find_local_lsa},
+    {"ospfAreaTable", oids::ospfAreaTable, kAddr, kAreaColumns, find_area},
+    {"ospfStubAreaTable", oids::ospfStubAreaTable, kAddrTos, kStubColumns, find_stub_area},
+    {"ospfLsdbTable", oids::ospfLsdbTable, kAreaLsa, kLsdbColumns, find_area_lsa},
+    {"ospfIfTable", oids::ospfIfTable, kAddrIf, kIfColumns, find_if},
+    {"ospfIfMetricTable", oids::ospfIfMetricTable, kAddrIfTos, kIfMetricColumns, find_if_metric},
+    {"ospfVirtIfTable", oids::ospfVirtIfTable, kTwoAddr, kVirtIfColumns, find_virt_if},
+    {"ospfNbrTable", oids::ospfNbrTable, kAddrIf, kNbrColumns, find_nbr},
+    {"ospfVirtNbrTable", oids::ospfVirtNbrTable, kTwoAddr, kVirtNbrColumns, find_virt_nbr},
+    {"ospfExtLsdbTable", oids::ospfExtLsdbTable, kExtLsa, kExtLsdbColumns, find_ext_lsa},
+    {"ospfAreaAggregateTable", oids::ospfAreaAggregateTable, kAggregate, kAggregateColumns, find_aggregate},
+    {"ospfLocalLsdbTable", oids::ospfLocalLsdbTable, kLocalLsa, kLocalLsdbColumns, find_local_lsa},
 };
 
 extern const HandTable kRouteTables[2];

@@ -92,8 +92,8 @@ sw_ip_addr_t address(uint32_t addr) {
 }  // namespace
 
 extern const HandTable kRouteTables[] = {
-    {"ipCidrRouteTable", Oid{1, 3, 6, 1, 2, 1, 4, 24, 4}, kCidrIndex, kCidrColumns, find_route},
-    {"inetCidrRouteTable", Oid{1, 3, 6, 1, 2, 1, 4, 24, 7}, kInetIndex, kInetColumns, find_route},
+    {"ipCidrRouteTable", oids::ipCidrRouteTable, kCidrIndex, kCidrColumns, find_route},
+    {"inetCidrRouteTable", oids::inetCidrRouteTable, kInetIndex, kInetColumns, find_route},
 };
 
 }  // namespace snmpapi::routing

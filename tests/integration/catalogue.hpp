@@ -1,5 +1,6 @@
 // What the agent should show, read from the module's own catalogues
-// (scalars/catalogue.def, tables/catalogue.def): every scalar and table with
+// (scalars/catalogue.def, tables/catalogue.def, mibs/routing/hand_tables.def):
+// every scalar and table with
 // its OID, and whether this build serves it to managers.
 #pragma once
 
@@ -27,6 +28,9 @@ inline const std::vector<CatalogueObject> &catalogue() {
     {#name, true, std::string_view(#registration) == "REGISTERED" && std::string_view(#state) == "BUILT", Oid{__VA_ARGS__}},
 #include "tables/catalogue.def"
 #undef TABLE
+#define HAND_TABLE(name, ...) {#name, true, true, Oid{__VA_ARGS__}},
+#include "mibs/routing/hand_tables.def"
+#undef HAND_TABLE
     };
     return objects;
 }
