@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Walk speed of the agent on the largest switch (scenarios/max.json: 8 units
-# of 64 ports, 128 trunks, 4094 VLANs), each table against a reference table
+# of 64 ports, 128 trunks, 4094 VLANs, 12,000 routes, 9,000 LSAs), each table against a reference table
 # with the same rows and columns, served in the same agent by net-snmp's
 # table-data helper with no per-request work (bench/reference_table.c).
 #
@@ -48,6 +48,10 @@ subjects=(
   "dot1qPortVlanTable 1.3.6.1.2.1.17.7.1.4.5"
   "vlanTable 1.3.6.1.4.1.99999.3.5.201.1.12.1"
   "dot1dStpPortTable 1.3.6.1.2.1.17.2.15"
+  "ipCidrRouteTable 1.3.6.1.2.1.4.24.4"
+  "inetCidrRouteTable 1.3.6.1.2.1.4.24.7"
+  "ospfLsdbTable 1.3.6.1.2.1.14.4"
+  "ospfExtLsdbTable 1.3.6.1.2.1.14.12"
 )
 if [ -n "${BENCH_TABLES:-}" ]; then
   chosen=()

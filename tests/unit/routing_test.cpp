@@ -466,7 +466,8 @@ TEST_F(RoutingTest, AddressRowsFollowTheVlanInterfaces) {
     EXPECT_EQ(exists_entry_ipAddrTable(ip("10.20.0.1")), 0);
     EXPECT_EQ(rows().removed, std::vector<std::string>{"ipAddrTable " + std::to_string(ip("10.20.0.1"))});
     EXPECT_EQ(get_ipAdEntIfIndex(ip("10.20.0.1")), 0) << "a vanished address reads 0";
-    EXPECT_TRUE(std::none_of(sw().routes().begin(), sw().routes().end(), [](const sw_route_t &r) {
+    const std::vector<sw_route_t> routes = sw().routes();
+    EXPECT_TRUE(std::none_of(routes.begin(), routes.end(), [](const sw_route_t &r) {
         return r.source == SW_ROUTE_CONNECTED && r.vid == 20;
     })) << "its connected route went with it";
 }
