@@ -332,17 +332,11 @@ int cfg_ospf_virt_nbr_find(const View &v, int mode, uint32_t area_id, uint32_t r
 // The LSAs of one scope are searched as a table of their own.
 int cfg_ospf_lsa_find(const View &v, int mode, int scope, uint32_t where, uint32_t where2, uint32_t type,
                       uint32_t lsid, uint32_t router_id, sw_ospf_lsa_t *out) {
-    if (scope < SW_OSPF_SCOPE_AREA || scope > SW_OSPF_SCOPE_LINK) return -1;
-    sw_ospf_lsa_t found{};
-    const int rc = answer(st(v).lsas, mode, {uint32_t(scope), where, where2, type, lsid, router_id}, &found,
-                          [&](const layout::LsaSlot &s) {
-                              sw_ospf_lsa_t r = lsa_record(v, s);
-                              r.where = s.scope == uint32_t(scope) ? r.where : UINT32_MAX;  // another scope
-                              return r;
-                          });
-    if (rc != 0 || !out) return rc;
-    if (found.where == UINT32_MAX && mode != SW_FIND_EXACT) return SW_NOT_FOUND;
-    *out = found;
+    if (!out || mode < SW_FIND_EXACT || mode > SW_FIND_AFTER || scope < SW_OSPF_SCOPE_AREA || scope > SW_OSPF_SCOPE_LINK)
+        return -1;
+    const layout::LsaSlot *s = find(st(v).lsas, mode, {uint32_t(scope), where, where2, type, lsid, router_id});
+    if (!s || s->scope != uint32_t(scope)) return SW_NOT_FOUND;
+    *out = lsa_record(v, *s);
     return 0;
 }
 int cfg_ospf_aggregate_find(const View &v, int mode, uint32_t area_id, uint32_t lsdb_type, uint32_t net, uint32_t mask,
@@ -510,14 +504,11 @@ public:
     void build(const Field &f) {
         r_ = layout::RoutingState{};
         f.expect_object({"interfaces", "routes", "ospf", "rip", "vrrp", "generate"});
-        if (f.has("interfaces"))
-            for (const Field &i : f.at("interfaces").items()) interface(i);
-        if (f.has("routes"))
-            for (const Field &i : f.at("routes").items()) route(i);
+        each(f, "interfaces", &Builder::interface);
+        each(f, "routes", &Builder::route);
         if (f.has("ospf")) ospf(f.at("ospf"));
         if (f.has("rip")) rip(f.at("rip"));
-        if (f.has("vrrp"))
-            for (const Field &i : f.at("vrrp").items()) vrrp(i);
+        each(f, "vrrp", &Builder::vrrp);
         if (f.has("generate")) generate(f.at("generate"));
         sort_unique(r_.routes);
         sort_unique(r_.lsas);
@@ -525,6 +516,12 @@ public:
     }
 
 private:
+    // Runs `item` on every element of the list `key`, if there is one.
+    void each(const Field &f, const char *key, void (Builder::*item)(const Field &)) {
+        if (f.has(key))
+            for (const Field &i : f.at(key).items()) (this->*item)(i);
+    }
+
     void interface(const Field &f) {
         f.expect_object({"vlan", "address"});
         const int vid = int(f.at("vlan").integer(1, SW_MAX_VLAN_ID));
@@ -551,18 +548,12 @@ private:
         g.ospf_enabled = 1;
         g.router_id = parse_addr(f.at("router_id"));
         g.rfc1583 = f.boolean("rfc1583", true);
-        if (f.has("areas"))
-            for (const Field &a : f.at("areas").items()) area(a);
-        if (f.has("interfaces"))
-            for (const Field &i : f.at("interfaces").items()) ospf_if(i);
-        if (f.has("neighbors"))
-            for (const Field &n : f.at("neighbors").items()) neighbor(n);
-        if (f.has("virtual_links"))
-            for (const Field &l : f.at("virtual_links").items()) virtual_link(l);
-        if (f.has("aggregates"))
-            for (const Field &a : f.at("aggregates").items()) aggregate(a);
-        if (f.has("external"))
-            for (const Field &x : f.at("external").items()) external(x);
+        each(f, "areas", &Builder::area);
+        each(f, "interfaces", &Builder::ospf_if);
+        each(f, "neighbors", &Builder::neighbor);
+        each(f, "virtual_links", &Builder::virtual_link);
+        each(f, "aggregates", &Builder::aggregate);
+        each(f, "external", &Builder::external);
         if (f.has("lsas")) generated_lsas(f.at("lsas"));
         g.originate_new_lsas = r_.lsas.count;
         g.rx_new_lsas = r_.lsas.count * 3;
