@@ -15,6 +15,7 @@
 # daemons on exit.
 set -euo pipefail
 top=$(cd "$(dirname "$0")/.." && pwd)
+[ -x /usr/lib/frr/zebra ] || { echo "frr-sample: needs Debian's frr package (apt-get install frr)" >&2; exit 1; }
 out=${1:-$top/tests/data}
 tmp=$(mktemp -d /tmp/frr-sample-XXXXXX)
 chmod 755 "$tmp"
