@@ -77,7 +77,8 @@ void show_routes(swsim::Switch &sw) {
 }  // namespace
 
 void add_routing_commands(CLI::App &app, const AddCommand &add) {
-    auto *o = new Options;  // lives as long as the tool
+    static Options options;  // the commands' values, as long as the tool runs
+    Options *o = &options;
 
     auto *route = app.add_subcommand("route", "The routing table: show, add and remove routes");
     route->require_subcommand(1);
