@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Walk speed of the agent on the largest switch (scenarios/max.json: 8 units
-# of 64 ports, 128 trunks, 4094 VLANs, 12,000 routes, 9,000 LSAs), each table against a reference table
-# with the same rows and columns, served in the same agent by net-snmp's
-# table-data helper with no per-request work (bench/reference_table.c).
+# of 64 ports, 128 trunks, 4094 VLANs, 12,000 routes, 9,000 LSAs), each
+# table against a reference table with the same rows and columns (the route
+# and LSA tables' indexes as as many INTEGER sub-identifiers), served in the
+# same agent by net-snmp's table-data helper with no per-request work
+# (bench/reference_table.c).
 #
 #   bench/run.sh [REPETITIONS]        (default 5)
 #   BENCH_TABLES="ifStackTable portTable" bench/run.sh   (only those tables,

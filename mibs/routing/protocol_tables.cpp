@@ -328,9 +328,10 @@ extern const HandTable kRouteTables[2];
 
 std::span<const HandTable> hand_tables() {
     static const std::vector<HandTable> all = [] {
-        std::vector<HandTable> v(std::begin(kRouteTables), std::end(kRouteTables));
-        v.insert(v.end(), std::begin(kRipTables), std::end(kRipTables));
-        v.insert(v.end(), std::begin(kOspfTables), std::end(kOspfTables));
+        std::vector<HandTable> v;
+        for (std::span<const HandTable> group : {std::span<const HandTable>(kRouteTables), std::span<const HandTable>(kRipTables),
+                                                 std::span<const HandTable>(kOspfTables)})
+            for (const HandTable &t : group) v.push_back(t);
         return v;
     }();
     return all;
