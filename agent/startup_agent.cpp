@@ -13,6 +13,11 @@
 
 extern "C" void init_scalars(void);
 extern "C" void init_lldp(void);
+// The routing tables that answer GET and GETNEXT themselves (mibs/routing/).
+extern "C" void init_ipCidrRouteTable(void);
+extern "C" void init_inetCidrRouteTable(void);
+extern "C" void init_rip2Table(void);
+extern "C" void init_ospfTables(void);
 
 namespace {
 

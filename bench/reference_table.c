@@ -16,7 +16,7 @@
  *              C Counter64, o an OBJECT IDENTIFIER (0.0), sN N printable
  *              octets, hN N octets of binary data.  Table k (from 1) is
  *              registered under 1.3.6.1.4.1.99999.999.k with INDEXES
- *              INTEGER indexes (at most 8), row r having r in each, and its
+ *              INTEGER indexes (at most 16), row r having r in each, and its
  *              columns from 2 (at most 32).
  */
 #include <net-snmp/net-snmp-config.h>
@@ -30,7 +30,7 @@
 #define REF_FIRST_COLUMN 2
 #define REF_MAX_COLUMNS 32
 #define REF_MAX_OCTETS 65535
-#define REF_MAX_INDEXES 8
+#define REF_MAX_INDEXES 16
 
 /* A column's type and, for every row, its value. */
 typedef struct reference_column {

@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Walk speed of the agent on the largest switch (scenarios/max.json: 8 units
-# of 64 ports, 128 trunks, 4094 VLANs), each table against a reference table
-# with the same rows and columns, served in the same agent by net-snmp's
-# table-data helper with no per-request work (bench/reference_table.c).
+# of 64 ports, 128 trunks, 4094 VLANs, 12,000 routes, 9,000 LSAs), each
+# table against a reference table with the same rows and columns (the route
+# and LSA tables' indexes as as many INTEGER sub-identifiers), served in the
+# same agent by net-snmp's table-data helper with no per-request work
+# (bench/reference_table.c).
 #
 #   bench/run.sh [REPETITIONS]        (default 5)
 #   BENCH_TABLES="ifStackTable portTable" bench/run.sh   (only those tables,
@@ -61,6 +63,10 @@ subjects=(
   "lldpLocPortTable 1.0.8802.1.1.2.1.3.7"
   "lldpStatsRxPortTable 1.0.8802.1.1.2.1.2.7"
   "lldpPortConfigTable 1.0.8802.1.1.2.1.1.6"
+  "ipCidrRouteTable 1.3.6.1.2.1.4.24.4"
+  "inetCidrRouteTable 1.3.6.1.2.1.4.24.7"
+  "ospfLsdbTable 1.3.6.1.2.1.14.4"
+  "ospfExtLsdbTable 1.3.6.1.2.1.14.12"
 )
 if [ -n "${BENCH_TABLES:-}" ]; then
   chosen=()

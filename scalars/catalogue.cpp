@@ -17,6 +17,8 @@ namespace {
 #define SA_SCALAR_GET_CHASSIS_LATER(name, type) nullptr
 #define SA_SCALAR_GET_OSPF_LATER(name, type) nullptr
 #define SA_SCALAR_GET_RIP_LATER(name, type) nullptr
+#define SA_SCALAR_GET_OSPF_ON(name, type) nullptr  // through the query record
+#define SA_SCALAR_GET_RIP_ON(name, type) nullptr
 #define SA_SCALAR_SET_RW_COMMON_ON(name, type) &set_thunk<NoKeys, Type::type, &set_##name>
 #define SA_SCALAR_SET_RW_COMMON_LATER(name, type) nullptr
 #define SA_SCALAR_SET_RO_COMMON_ON(name, type) nullptr
@@ -25,6 +27,8 @@ namespace {
 #define SA_SCALAR_SET_RO_CHASSIS_LATER(name, type) nullptr
 #define SA_SCALAR_SET_RO_OSPF_LATER(name, type) nullptr
 #define SA_SCALAR_SET_RO_RIP_LATER(name, type) nullptr
+#define SA_SCALAR_SET_RO_OSPF_ON(name, type) nullptr
+#define SA_SCALAR_SET_RO_RIP_ON(name, type) nullptr
 #define SCALAR(name, access, type, range, handler, state, ...)                       \
     ScalarDesc{#name,                                                                 \
                std::string_view(#access) == "RW",                                     \

@@ -5,6 +5,7 @@
 // thin wrapper over one handler that calls the scalar's get_/set_ accessor
 // under the configuration lock.
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "agent/trace.hpp"
 #include "agent/varbind.hpp"
 #include "scalars/catalogue.hpp"
+#include "swplatform/records.hpp"
 #include "tables/descriptors.hpp"
 
 namespace snmpapi {
@@ -80,31 +82,115 @@ int scalar_handler(const ScalarDesc &s, const char *fn, netsnmp_agent_request_in
     case ScalarHandler::COMMON: return common_scalar_handler(s, fn, reqinfo, requests);
     case ScalarHandler::CHASSIS: return chassis_model_handler(s, fn, reqinfo, requests);
     case ScalarHandler::OSPF:
-    case ScalarHandler::RIP: break;
+    case ScalarHandler::RIP: break;  // handle_ospfGeneralGroup, handle_rip2GlobalRouteChanges
     }
     return SNMP_ERR_GENERR;
 }
 
+namespace {
+
+// An answer of the platform's query record into a varbind: integers travel
+// in it as big-endian words, object identifiers as big-endian 32-bit
+// sub-identifiers, everything else as its octets.
+void store_answer(netsnmp_variable_list *var, const uint8_t *record) {
+    namespace q = swp::query_record;
+    const uint8_t type = q::answer_type(record);
+    const uint8_t *value = q::answer_value(record);
+    const size_t len = std::min<size_t>(q::answer_value_len(record), q::kAnswerValue.size);
+    switch (type) {
+    case ASN_INTEGER:
+    case ASN_COUNTER:
+    case ASN_GAUGE:
+    case ASN_TIMETICKS:
+        if (len == 4) {
+            const uint32_t word = swp::load_be32(value);
+            snmp_set_var_typed_value(var, type, &word, sizeof word);
+        }
+        return;
+    case ASN_OBJECT_ID: {
+        std::vector<oid> subids(std::min(len / 4, kMaxOidSubids));
+        for (size_t i = 0; i < subids.size(); ++i) subids[i] = swp::load_be32(value + 4 * i);
+        snmp_set_var_typed_value(var, type, subids.data(), subids.size() * sizeof(oid));
+        return;
+    }
+    default:
+        snmp_set_var_typed_value(var, type, value, len);
+        return;
+    }
+}
+
+}  // namespace
+
+// The OSPF general group and the RIP globals: every object is asked of the
+// platform through the query record, which answers its name, type and value.
+int query_record_handler(const char *fn, const char *what, int (*query)(uint8_t *),
+                         netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    namespace q = swp::query_record;
+    for (netsnmp_request_info *r = requests; r; r = r->next) {
+        if (reqinfo->mode != MODE_GET) {
+            snmp_log(LOG_ERR, "Unknown SNMP mode (%d) in %s\n", reqinfo->mode, fn);
+            return SNMP_ERR_GENERR;
+        }
+        config_read_lock();
+        uint8_t record[q::kSize];
+        uint32_t name[q::kRequestSubids] = {};
+        const size_t len = std::min<size_t>(r->requestvb->name_length, q::kRequestSubids);
+        for (size_t i = 0; i < len; ++i) name[i] = uint32_t(r->requestvb->name[i]);
+        q::set_request(record, name, len);
+        SA_TRACE_AT(fn, "scalars", kToken, "get %s\n", what);
+        query(record);
+        // A name the record cannot hold leaves the varbind's own.
+        const uint32_t answer_len = q::answer_name_len(record);
+        if (answer_len >= 1 && answer_len <= q::kAnswerSubids) {
+            std::vector<oid> answer(answer_len);
+            for (size_t i = 0; i < answer_len; ++i) answer[i] = q::answer_subid(record, i);
+            snmp_set_var_objid(r->requestvb, answer.data(), answer.size());
+        }
+        if (q::answer_value_len(record) != 0) store_answer(r->requestvb, record);
+        config_unlock();
+    }
+    return SNMP_ERR_NOERROR;
+}
+
 }  // namespace snmpapi
 
-// ---- The exported handlers, one per served scalar ---------------------------
+extern "C" int handle_ospfGeneralGroup(netsnmp_mib_handler *, netsnmp_handler_registration *,
+                                       netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    return snmpapi::query_record_handler(__func__, "ospfGeneralGroup", get_ospfGeneral, reqinfo, requests);
+}
 
-#define SA_HANDLER_ON(name)                                                                       \
+extern "C" int handle_rip2GlobalRouteChanges(netsnmp_mib_handler *, netsnmp_handler_registration *,
+                                             netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) {
+    return snmpapi::query_record_handler(__func__, "rip2Globals", get_rip2Globals, reqinfo, requests);
+}
+
+// ---- The exported handlers, one per served scalar ---------------------------
+// (the OSPF general group and the RIP globals share theirs)
+
+#define SA_HANDLER_COMMON(name)                                                                   \
     extern "C" int handle_##name(netsnmp_mib_handler *, netsnmp_handler_registration *,          \
                                  netsnmp_agent_request_info *reqinfo, netsnmp_request_info *requests) { \
         static const snmpapi::ScalarDesc *desc = snmpapi::find_scalar(#name);                     \
         return snmpapi::scalar_handler(*desc, __func__, reqinfo, requests);                                 \
     }
-#define SA_HANDLER_LATER(name)
-#define SCALAR(name, access, type, range, handler, state, ...) SA_HANDLER_##state(name)
+#define SA_HANDLER_CHASSIS SA_HANDLER_COMMON
+#define SA_HANDLER_OSPF(name)
+#define SA_HANDLER_RIP(name)
+#define SA_HANDLER_ON(handler, name) SA_HANDLER_##handler(name)
+#define SA_HANDLER_LATER(handler, name)
+#define SCALAR(name, access, type, range, handler, state, ...) SA_HANDLER_##state(handler, name)
 #include "scalars/catalogue.def"
 #undef SCALAR
 
 namespace {
 
-#define SA_REGISTRATION_ON(name) {#name, &handle_##name},
-#define SA_REGISTRATION_LATER(name)
-#define SCALAR(name, access, type, range, handler, state, ...) SA_REGISTRATION_##state(name)
+#define SA_REGISTRATION_COMMON(name) {#name, &handle_##name},
+#define SA_REGISTRATION_CHASSIS(name) {#name, &handle_##name},
+#define SA_REGISTRATION_OSPF(name) {#name, &handle_ospfGeneralGroup},
+#define SA_REGISTRATION_RIP(name) {#name, &handle_rip2GlobalRouteChanges},
+#define SA_REGISTRATION_ON(handler, name) SA_REGISTRATION_##handler(name)
+#define SA_REGISTRATION_LATER(handler, name)
+#define SCALAR(name, access, type, range, handler, state, ...) SA_REGISTRATION_##state(handler, name)
 constexpr struct {
     const char *name;
     Netsnmp_Node_Handler *handler;

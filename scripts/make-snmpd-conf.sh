@@ -37,7 +37,7 @@ done
 [ $# -eq 3 ] || [ $# -eq 5 ] || die "usage: make-snmpd-conf.sh [options] MODULE_PATH PORT RUN_DIR [RO_COMMUNITY RW_COMMUNITY]"
 
 # The switch's subtrees: the OID of every scalar and table of the module's
-# catalogues, cut to the arc of the MIB module that holds it (one arc below
+# catalogues (and of the tables with hand-written handlers), cut to the arc of the MIB module that holds it (one arc below
 # mib-2, transmission, an enterprise or an IEEE 802 MIB node; below ip, one
 # arc per group, since snmpd's own IP objects live beside the switch's).
 # Objects under none of these nodes keep their own OID.
@@ -47,7 +47,7 @@ switch_view() {
       arcs["1.3.6.1.2.1"] = 7; arcs["1.3.6.1.2.1.10"] = 8; arcs["1.3.6.1.2.1.4"] = 8
       arcs["1.3.6.1.4.1"] = 7; arcs["1.0.8802.1.1"] = 6; arcs["1.2.840.10006.300"] = 6
     }
-    /^(SCALAR|TABLE)\(/ {
+    /^(SCALAR|TABLE|HAND_TABLE)\(/ {
       sub(/\)[ \t]*$/, "")
       n = split($0, field, ",")
       for (k = 1; k <= n; ++k) gsub(/[ \t]/, "", field[k])
@@ -65,7 +65,7 @@ switch_view() {
         for (k = first + 1; k <= last; ++k) oid = oid "." field[k]
       }
       if (!(oid in seen)) { seen[oid]; print oid }
-    }' "$top/scalars/catalogue.def" "$top/tables/catalogue.def" | sort -V | sed 's/^/view  switch  included  /'
+    }' "$top/scalars/catalogue.def" "$top/tables/catalogue.def" "$top/mibs/routing/hand_tables.def" | sort -V | sed 's/^/view  switch  included  /'
 }
 
 MODULE=$1 PORT=$2 RUN_DIR=$3 RO_COMMUNITY=${4:-public} RW_COMMUNITY=${5:-private} \

@@ -105,6 +105,9 @@ private:
     std::string retired_name_;  // "<table>_retired": the request's hold on removed rows
     Refresh refresh_;
     const TableDesc *desc_ = nullptr;
+    bool rebuild_ = false;         // the refresh rebuilds every row (tables/variants.hpp)
+    bool trace_columns_ = true;    // per-column trace messages
+    void clear_rows();
     std::vector<const ColumnDesc *> columns_;  // by column number
     unsigned last_column_ = 0;                  // the highest catalogued one
     netsnmp_table_data *data_ = nullptr;

@@ -23,6 +23,7 @@
 
 #include "agent/config_lock.hpp"
 #include "agent/varbind.hpp"
+#include "tables/variants.hpp"
 
 namespace snmpapi {
 namespace {
@@ -81,6 +82,8 @@ void TableRuntime::bind() {
     if (desc_) return;
     desc_ = find_table(name_);
     if (!desc_) return;
+    rebuild_ = is_one_of(name_, kRebuiltTables);
+    trace_columns_ = !is_one_of(name_, kQuietTables);
     columns_.assign(desc_->highest_column + 1, nullptr);
     for (const ColumnDesc &c : all_columns())
         if (std::strcmp(c.table, name_) == 0 && c.number < columns_.size()) columns_[c.number] = &c;
@@ -172,10 +175,24 @@ void TableRuntime::refresh_once(netsnmp_agent_request_info *reqinfo) {
     // The mark lives in the request's own data and goes with it.
     if (reqinfo && netsnmp_agent_get_list_data(reqinfo, refresh_name_.c_str())) return;
     config_read_lock();
+    if (rebuild_ && data_ && netsnmp_table_data_num_rows(data_) > 0) clear_rows();
     refresh_();
     config_unlock();
     if (reqinfo)
         netsnmp_agent_add_list_data(reqinfo, netsnmp_create_data_list(refresh_name_.c_str(), this, nullptr));
+}
+
+// Every row goes, at once: no request holds one while the refresh runs.
+void TableRuntime::clear_rows() {
+    for (const Row &r : rows_) {
+        netsnmp_table_data_remove_row(data_, r.row);
+        auto *entry = static_cast<RowEntry *>(r.row->data);
+        netsnmp_table_data_delete_row(r.row);
+        delete entry;
+    }
+    rows_.clear();
+    last_ = 0;
+    step_ = 1;
 }
 
 size_t TableRuntime::position(KeyView key) const {
@@ -195,7 +212,10 @@ netsnmp_table_row *TableRuntime::search(KeyView key) {
 void *TableRuntime::add(KeyView key) {
     if (!data_) return nullptr;
     auto *entry = new RowEntry{RowKey(key.begin(), key.end())};
-    SA_DEBUG(name_, "Adding row.\n");
+    if (rebuild_)
+        SA_DEBUG(name_, "Adding row\n");
+    else
+        SA_DEBUG(name_, "Adding row.\n");
     netsnmp_table_row *row = netsnmp_create_table_data_row();
     if (!row) {
         delete entry;
@@ -310,7 +330,8 @@ void TableRuntime::handle_get(netsnmp_agent_request_info *reqinfo, netsnmp_reque
         SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Get for row %d\n", info->colnum);
         config_read_lock();
         if (const ColumnDesc *col = column(info->colnum)) {
-            SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Get for %s, row %d\n", col->name, info->colnum);
+            if (trace_columns_)
+                SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Get for %s, row %d\n", col->name, info->colnum);
             store_value(r->requestvb, col->get(key));
         } else {
             SA_TRACE_AT(handler_name_.c_str(), __FILE_NAME__, name_, "Column %d not found\n", info->colnum);

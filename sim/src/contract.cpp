@@ -619,6 +619,17 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
 }
 }  // namespace swsim
 
+// ---- routing (routing.cpp) ------------------------------------------------------------------
+
+#include "routing.hpp"
+namespace swsim {
+namespace {
+namespace impl {
+using namespace routing::calls;
+}
+}  // namespace
+}  // namespace swsim
+
 // ---- the catalogue ------------------------------------------------------------------------
 //
 // X(return type, name, parameters, arguments, result while no state is open)
@@ -751,7 +762,8 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, cfg_get_lacp_last_change, (uint32_t * cs), (cs), -1)                                         \
     SWSIM_L2PROTO_CALLS(X)                                                                             \
     SWSIM_CHASSIS_CALLS(X)                                                                             \
-    SWSIM_LLDP_CALLS(X)
+    SWSIM_LLDP_CALLS(X)                                                                                \
+    SWSIM_ROUTING_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -9,6 +9,7 @@
 #include "lldp.hpp"
 #include "locks.hpp"
 #include "model.hpp"
+#include "routing.hpp"
 #include "traffic.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -459,6 +460,41 @@ int Switch::lldp_import(const std::string &json_text, const std::vector<LldpImpo
     int heard = 0;
     impl_->change([&](View &v) { heard = lldp::ops::import_lldpd(v, json_text, targets); });
     return heard;
+}
+
+// ---- routing ----------------------------------------------------------------------------------
+
+void Switch::ip_addr_add(int vid, uint32_t addr, int prefix_len) {
+    impl_->change([&](View &v) { routing::ops::ip_addr_add(v, vid, addr, prefix_len); });
+}
+void Switch::ip_addr_remove(uint32_t addr) {
+    impl_->change([&](View &v) { routing::ops::ip_addr_remove(v, addr); });
+}
+std::vector<sw_ip_addr_t> Switch::ip_addrs() const { return routing::ip_addrs(impl_->v()); }
+void Switch::route_add(const Route &route) {
+    impl_->change([&](View &v) { routing::ops::route_add(v, route); });
+}
+void Switch::route_remove(uint32_t dest, int prefix_len, uint32_t next_hop) {
+    impl_->change([&](View &v) { routing::ops::route_remove(v, dest, prefix_len, next_hop); });
+}
+std::vector<sw_route_t> Switch::routes() const { return routing::routes(impl_->v()); }
+void Switch::ospf_set_neighbor_state(uint32_t addr, int state) {
+    impl_->change([&](View &v) { routing::ops::ospf_set_neighbor_state(v, addr, state); });
+}
+std::vector<sw_ospf_nbr_t> Switch::ospf_neighbors() const { return routing::ospf_neighbors(impl_->v()); }
+void Switch::ospf_age_lsas(uint32_t seconds, uint32_t type) {
+    impl_->change([&](View &v) { routing::ops::ospf_age_lsas(v, seconds, type); });
+}
+std::vector<sw_ospf_lsa_t> Switch::ospf_lsas() const { return routing::ospf_lsas(impl_->v()); }
+void Switch::vrrp_set_state(int vid, int vrid, int state) {
+    impl_->change([&](View &v) { routing::ops::vrrp_set_state(v, vid, vrid, state); });
+}
+std::vector<sw_vrrp_router_t> Switch::vrrp_routers() const { return routing::vrrp_routers(impl_->v()); }
+Switch::FrrImport Switch::import_frr(const std::string &routes_json, const std::string &neighbors_json,
+                                     const std::vector<std::pair<std::string, int>> &vlans) {
+    FrrImport result;
+    impl_->change([&](View &v) { result = routing::ops::import_frr(v, routes_json, neighbors_json, vlans); });
+    return result;
 }
 
 }  // namespace swsim

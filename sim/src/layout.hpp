@@ -33,11 +33,12 @@
 #include "layout_ifaces.hpp"
 #include "layout_chassis.hpp"
 #include "layout_lldp.hpp"
+#include "layout_routing.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 4;
+inline constexpr uint32_t kVersion = 5;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -198,6 +199,7 @@ struct Hardware {
     IfacesHardware ifaces_ext;
     ChassisHardware chassis;  // bays, fans, alarms, load
     LldpHardware lldp;
+    RoutingState routing;  // addresses, routes, VRRP, OSPF, RIP
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -7,6 +7,7 @@
 #include "lldp.hpp"
 #include "owner.hpp"
 #include "swplatform/records_l2proto.hpp"
+#include "routing.hpp"
 
 namespace swsim {
 namespace {
@@ -234,7 +235,7 @@ const Check kChecks[] = {
     {"image", image_interfaces},    {"image", image_vlans},         {"image", image_mirror},
     {"image", image_l2proto},       {"hardware", hardware_l2proto}, {"hardware", hardware_lacp},
     {"stats", stats_writers},       {"fdb", fdb_entries},           {"hardware", hardware_chassis},
-    {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage},
+    {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
 };
 
 }  // namespace

@@ -18,6 +18,9 @@ std::vector<std::string> expected_exports() {
         "ifindex_to_unit0", "ifindex_to_port0", "ifindex_to_trunk0", "port_to_ifindex",
         "trunk_to_ifindex", "get_ifName",     "get_ifDescr", "snmp_vlan_get_member_bitmap",
         "snmp_vlan_set_member_bitmap",
+        // The routing tables that answer GET and GETNEXT themselves.
+        "init_ipCidrRouteTable", "init_inetCidrRouteTable", "init_rip2Table", "init_rip2IfStatTable",
+        "init_rip2PeerTable", "init_ospfTables",
     };
 #define SA_X_RW(name) names.push_back("set_" #name);
 #define SA_X_RO(name)
@@ -32,6 +35,8 @@ std::vector<std::string> expected_exports() {
 #define SA_X_CHASSIS_LATER(name, access)
 #define SA_X_OSPF_LATER(name, access)
 #define SA_X_RIP_LATER(name, access)
+#define SA_X_OSPF_ON(name, access) names.push_back("handle_ospfGeneralGroup");
+#define SA_X_RIP_ON(name, access) names.push_back("handle_rip2GlobalRouteChanges");
 #define SCALAR(name, access, type, range, handler, state, ...) SA_X_##handler##_##state(name, access)
 #include "scalars/catalogue.def"
 #undef SCALAR

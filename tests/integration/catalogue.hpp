@@ -93,6 +93,9 @@ inline const std::vector<CatalogueObject> &catalogue() {
      Oid{__VA_ARGS__}, 0, std::string_view(#access) == "RW", Range{}, #indexes, lo, hi},
 #include "tables/catalogue.def"
 #undef TABLE
+#define HAND_TABLE(name, ...) {#name, true, true, Oid{__VA_ARGS__}, 0, false, Range{}, {}, 0, 0},
+#include "mibs/routing/hand_tables.def"
+#undef HAND_TABLE
     };
     return objects;
 }

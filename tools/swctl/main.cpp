@@ -20,6 +20,7 @@
 #include "swsim/control.hpp"
 #include "verbs.hpp"
 #include "lldp.hpp"
+#include "routing_commands.hpp"
 
 namespace {
 
@@ -302,6 +303,8 @@ public:
                 return add(parent, name, help, act);
             },
             [](const std::string &text) { return std::make_pair(parse_port(text).unit0, parse_port(text).port0); });
+        swctl::add_routing_commands(app_, [this](CLI::App *parent, const std::string &name, const std::string &help,
+                                                 Action act) { return add(parent, name, help, act); });
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 

@@ -263,3 +263,4 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #endif
 
 #include "swplatform/traffic.h"
+#include "swplatform/routing.h"

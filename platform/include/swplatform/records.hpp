@@ -115,6 +115,42 @@ static_assert(kAnswerName.size == kAnswerSubids * 4 && kRequest.size == kRequest
 static_assert(kAnswerName.end() == kAnswerValueLen.offset);
 static_assert(kAnswerValueLen.end() == kAnswerValue.offset);
 static_assert(kAnswerValue.end() == kAnswerType.offset && kTail.end() == kSize);
+static_assert(kSize == SW_QUERY_RECORD_SIZE);
+
+// The request: the record cleared, the count word 10 and the first 10
+// sub-identifiers of `name` (0 beyond its length).
+inline void set_request(uint8_t *rec, const uint32_t *name, std::size_t len) {
+    std::memset(rec, 0, kSize);
+    store_be32(rec + kCount.offset, uint32_t(kRequestSubids));
+    for (std::size_t i = 0; i < kRequestSubids; ++i)
+        store_be32(rec + kRequest.offset + 4 * i, i < len ? name[i] : 0);
+    rec[kZeroByte] = 0;
+}
+inline uint32_t request_subid(const uint8_t *rec, std::size_t i) { return load_be32(rec + kRequest.offset + 4 * i); }
+
+// The answer, as the platform writes it and the module reads it.
+inline uint32_t answer_name_len(const uint8_t *rec) { return load_be32(rec + kAnswerNameLen.offset); }
+inline uint32_t answer_subid(const uint8_t *rec, std::size_t i) { return load_be32(rec + kAnswerName.offset + 4 * i); }
+inline uint32_t answer_value_len(const uint8_t *rec) { return load_be32(rec + kAnswerValueLen.offset); }
+inline const uint8_t *answer_value(const uint8_t *rec) { return rec + kAnswerValue.offset; }
+inline uint8_t answer_type(const uint8_t *rec) { return rec[kAnswerType.offset]; }
+inline void set_answer_name(uint8_t *rec, const uint32_t *name, std::size_t len) {
+    len = len < kAnswerSubids ? len : kAnswerSubids;
+    store_be32(rec + kAnswerNameLen.offset, uint32_t(len));
+    for (std::size_t i = 0; i < len; ++i) store_be32(rec + kAnswerName.offset + 4 * i, name[i]);
+}
+inline void set_answer_value(uint8_t *rec, uint8_t type, const uint8_t *bytes, std::size_t len) {
+    len = len < kAnswerValue.size ? len : kAnswerValue.size;
+    store_be32(rec + kAnswerValueLen.offset, uint32_t(len));
+    std::memcpy(rec + kAnswerValue.offset, bytes, len);
+    rec[kAnswerType.offset] = type;
+}
+// An integer-like answer: one big-endian 32-bit word.
+inline void set_answer_word(uint8_t *rec, uint8_t type, uint32_t value) {
+    uint8_t word[4];
+    store_be32(word, value);
+    set_answer_value(rec, type, word, sizeof word);
+}
 }  // namespace query_record
 
 // ---- Areas of the configuration image --------------------------------------

@@ -454,6 +454,42 @@ public:
         int unit0 = 0, port0 = 0;
     };
     int lldp_import(const std::string &json_text, const std::vector<LldpImportTarget> &targets);
+    // ---- routing ----
+    // Addresses of VLAN interfaces (each brings its connected route), the
+    // routing table, OSPF neighbours and LSAs, VRRP routers.  Addresses are
+    // IPv4 in host order.
+    struct Route {
+        uint32_t dest = 0;
+        int prefix_len = 0;
+        uint32_t next_hop = 0;        // 0.0.0.0: none (connected, blackhole)
+        int vid = 0;                  // outgoing VLAN interface; 0: found from the next hop
+        int source = SW_ROUTE_STATIC; // SW_ROUTE_*
+        uint32_t metric = 0;
+    };
+    void ip_addr_add(int vid, uint32_t addr, int prefix_len);
+    void ip_addr_remove(uint32_t addr);
+    std::vector<sw_ip_addr_t> ip_addrs() const;
+    void route_add(const Route &route);  // replaces a route with the same prefix and next hop
+    void route_remove(uint32_t dest, int prefix_len, uint32_t next_hop);
+    std::vector<sw_route_t> routes() const;
+    void ospf_set_neighbor_state(uint32_t addr, int state);  // SW_OSPF_NBR_*
+    std::vector<sw_ospf_nbr_t> ospf_neighbors() const;
+    // Every LSA (or those of one type, type 0: all) grows `seconds` older,
+    // up to the maximum age of 3600 s.
+    void ospf_age_lsas(uint32_t seconds, uint32_t type = 0);
+    std::vector<sw_ospf_lsa_t> ospf_lsas() const;
+    void vrrp_set_state(int vid, int vrid, int state);  // SW_VRRP_*
+    std::vector<sw_vrrp_router_t> vrrp_routers() const;
+    // Routes and OSPF neighbours as FRRouting prints them (vtysh's "show ip
+    // route json" and "show ip ospf neighbor json"; either text may be empty).
+    // The routes replace the routing table and the neighbours the OSPF
+    // neighbours.  An interface is mapped to its VLAN by `vlans` (name to
+    // VID), else by a name ending in the VID ("vlan10", "eth0.10").
+    struct FrrImport {
+        int routes = 0, neighbors = 0, skipped = 0;
+    };
+    FrrImport import_frr(const std::string &routes_json, const std::string &neighbors_json,
+                         const std::vector<std::pair<std::string, int>> &vlans = {});
 };
 
 // The names of the platform calls that faults can be armed on.
