@@ -32,6 +32,7 @@
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
+#include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -524,6 +525,10 @@ using namespace swsim::vlans_impl;
 namespace impl {
 using namespace traffic::calls;
 }
+// The trap service lives in traps.cpp.
+namespace impl {
+using namespace traps::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -736,7 +741,8 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, cfg_get_lacp_system_priority, (void), (), -1)                                                \
     X(int, cfg_set_lacp_system_priority, (int priority), (priority), -1)                                \
     X(int, cfg_get_lacp_last_change, (uint32_t * cs), (cs), -1)                                         \
-    SWSIM_L2PROTO_CALLS(X)
+    SWSIM_L2PROTO_CALLS(X)                                                                             \
+    SWSIM_TRAPS_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \
@@ -746,7 +752,8 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
       (text, addr, mask))                                                                               \
     P(char *, strncpy_safe, (char *dst, const char *src, size_t size), (dst, src, size))                \
     P(int, parse_time, (const char *text, int *hours, int *minutes, int *seconds),                      \
-      (text, hours, minutes, seconds))
+      (text, hours, minutes, seconds))                                                                  \
+    SWSIM_TRAPS_HELPER_CALLS(P)
 
 // (a, b) -> (first, a, b); () -> (first)
 #define SWSIM_EXPAND(...) __VA_ARGS__

@@ -8,6 +8,7 @@
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
+#include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -32,11 +33,18 @@ struct Switch::Impl {
     View &v() { return file->view(); }
     const View &v() const { return file->view(); }
 
-    // Runs a change under the configuration write lock.
+    // Runs a change under the configuration write lock; the links it
+    // changed are notified to the trap destinations once it is done.
     template <class Change>
     void change(Change body) {
-        locks::WriteGuard guard(lock, file->fd());
-        body(v());
+        traps::Outbox notifications;
+        {
+            locks::WriteGuard guard(lock, file->fd());
+            const traps::LinkWatch links(v());
+            body(v());
+            links.collect(v(), notifications);
+        }
+        notifications.send(v());
     }
 };
 
@@ -377,6 +385,33 @@ sw_lacp_port_t Switch::lacp_port(int unit0, int port0) const {
     const View &v = impl_->v();
     model::ops::check_port(v, unit0, port0);
     return model::lacp_port(v, model::phys_index(unit0, port0));
+}
+
+// ---- trap service ---------------------------------------------------------------------------
+
+void Switch::trap_add(const std::string &address, const std::string &community, int version) {
+    impl_->change([&](View &v) { traps::ops::add_destination(v, address, community, version); });
+}
+void Switch::trap_remove(const std::string &address) {
+    impl_->change([&](View &v) { traps::ops::remove_destination(v, address); });
+}
+void Switch::set_trap_port(int port) {
+    impl_->change([&](View &v) { traps::ops::set_port(v, port); });
+}
+Switch::TrapInfo Switch::traps() const { return traps::info(impl_->v()); }
+
+// Raised without the configuration lock: the callbacks of an agent in this
+// process may take it.
+void Switch::report_login_failure(int service, const std::string &peer) {
+    if (service < SW_SERVICE_WEB || service > SW_SERVICE_CONSOLE)
+        throw Error("service " + std::to_string(service) + " (1 web, 2 telnet, 3 ssh, 4 console)");
+    traps::raise_authentication_failure(impl_->v(), service, peer.c_str());
+}
+void Switch::report_rmon_alarm(const RmonAlarmNotice &a) {
+    if (a.variable.empty() || a.variable.size() > 128)
+        throw Error("an alarm's variable is an OID of 1..128 sub-identifiers");
+    traps::raise_rmon_alarm(impl_->v(), a.alarm_index, a.rising, a.variable.data(), a.variable.size(), a.sample_type,
+                            a.value, a.threshold);
 }
 
 }  // namespace swsim

@@ -31,11 +31,12 @@
 #include "layout_traffic.hpp"
 #include "layout_l2proto.hpp"
 #include "layout_ifaces.hpp"
+#include "layout_traps.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 2;
+inline constexpr uint32_t kVersion = 3;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -172,6 +173,7 @@ struct ConfigModel {
     TrafficConfig traffic;  // rate limits, storm control, mirroring
     L2ProtoConfig l2proto;
     IfacesConfig ifaces_ext;
+    TrapsConfig traps;  // trap destinations
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -193,6 +195,7 @@ struct Hardware {
     TrafficHardware traffic;  // queue counter offsets
     L2ProtoHardware l2proto;
     IfacesHardware ifaces_ext;
+    TrapsHardware traps;  // what the trap service sent
 };
 
 // ---- statistics ---------------------------------------------------------------

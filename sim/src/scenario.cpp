@@ -7,6 +7,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <netinet/in.h>
 #include <unistd.h>
 
 #include "helpers.hpp"
@@ -16,6 +17,7 @@
 #include "state_install.hpp"
 #include "vlans.hpp"
 #include "traffic.hpp"
+#include "traps.hpp"
 #include "util.hpp"
 
 namespace swsim {
@@ -120,7 +122,7 @@ public:
 
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
-                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces"});
+                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "traps"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -139,6 +141,7 @@ public:
         interfaces(root.has("interfaces") ? root.at("interfaces") : empty("interfaces"));
         for (int u = 0; u < SW_MAX_UNITS; ++u) model::refresh_unit(v_, u);
         l2proto(root);
+        if (root.has("traps")) traps(root.at("traps"));
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
         s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;
@@ -830,6 +833,22 @@ private:
                 for (int vid = lo; vid <= hi; ++vid)
                     for (auto [u, p] : ports)
                         at_field(r, [&] { l2proto::ops::igmp_set_router_port(v_, vid, u, p, true); });
+            }
+    }
+
+    // ---- trap destinations ----
+
+    void traps(const Field &f) {
+        f.expect_object({"port", "destinations"});
+        if (f.has("port")) traps::ops::set_port(v_, int(f.at("port").integer(1, 65535)));
+        if (f.has("destinations"))
+            for (const Field &d : f.at("destinations").items()) {
+                d.expect_object({"address", "community", "version"});
+                if (!d.has("address")) d.fail("needs an address");
+                const std::string address = d.at("address").text(INET6_ADDRSTRLEN);
+                const std::string community = d.text("community", SW_TRAP_COMMUNITY_SIZE - 1, "public");
+                const int version = int(d.integer("version", SW_TRAP_V1, SW_TRAP_V2C, SW_TRAP_V2C));
+                at_field(d, [&] { traps::ops::add_destination(v_, address, community, version); });
             }
     }
 

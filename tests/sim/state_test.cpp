@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "layout.hpp"
 #include "support.hpp"
 
 namespace {
@@ -41,7 +42,8 @@ TEST_F(TempDir, BadStateFilesAreRefusedWithTheirProblem) {
     swsim::create_state_from_json(state_, "{}");
     const uint32_t newer = 99;
     patch(state_, 8, &newer, sizeof newer);
-    EXPECT_EQ(open_error(state_), state_ + ": made by a newer simulator (layout version 99, this one reads 2)");
+    EXPECT_EQ(open_error(state_), state_ + ": made by a newer simulator (layout version 99, this one reads " +
+                                      std::to_string(swsim::layout::kVersion) + ")");
 }
 
 TEST_F(TempDir, WithoutAStateEveryCallFailsCleanly) {

@@ -18,6 +18,7 @@
 
 #include "swplatform/platform.h"
 #include "swsim/control.hpp"
+#include "services.hpp"
 
 namespace {
 
@@ -294,6 +295,8 @@ public:
         add_port_controls();
         add_l2proto();
         add_ifaces();
+        swctl::add_services(app_, [this](CLI::App *parent, const std::string &name, const std::string &help,
+                                         Action act) { return add(parent, name, help, std::move(act)); });
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 
@@ -381,8 +384,8 @@ private:
     void add_show() {
         static const std::map<std::string, void (*)(const swsim::Switch &)> views = {
             {"system", show_system}, {"units", show_units}, {"ports", show_ports},
-            {"trunks", show_trunks}, {"vlans", show_vlans}, {"fdb", show_fdb}};
-        auto *cmd = add("show", "Show the switch: units, ports, trunks, vlans, fdb or system (default)",
+            {"trunks", show_trunks}, {"vlans", show_vlans}, {"fdb", show_fdb}, {"services", swctl::show_services}};
+        auto *cmd = add("show", "Show the switch: units, ports, trunks, vlans, fdb, services or system (default)",
                         [this](swsim::Switch &sw) {
                             if (what_ != "all") return views.at(what_)(sw);
                             for (auto &[name, view] : views) {
@@ -392,7 +395,7 @@ private:
                             }
                         });
         cmd->add_option("what", what_, "What to show")
-            ->check(CLI::IsMember({"system", "units", "ports", "trunks", "vlans", "fdb", "all"}))
+            ->check(CLI::IsMember({"system", "units", "ports", "trunks", "vlans", "fdb", "services", "all"}))
             ->default_val("system");
     }
 

@@ -260,3 +260,4 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #endif
 
 #include "swplatform/traffic.h"
+#include "swplatform/traps.h"

@@ -296,6 +296,40 @@ public:
     static int lacp_counter_number(const std::string &name);  // throws Error
     sw_lacp_port_t lacp_port(int unit0, int port0) const;
 
+    // ---- trap service ----
+    // Trap destinations (at most SW_TRAP_DESTS), the UDP port they listen on
+    // (162 unless set) and what the service has sent.
+    struct TrapDestInfo {
+        int slot = 0;
+        std::string address, community;
+        int version = 0;    // SW_TRAP_V1 or SW_TRAP_V2C
+        uint64_t sent = 0;  // datagrams sent to it
+    };
+    struct TrapInfo {
+        int port = 0;
+        std::vector<TrapDestInfo> destinations;  // slots in use, in slot order
+        uint64_t notifications = 0;  // raised since the switch booted
+        uint64_t failed = 0;         // datagrams the network refused
+    };
+    void trap_add(const std::string &address, const std::string &community = "public", int version = SW_TRAP_V2C);
+    void trap_remove(const std::string &address);
+    void set_trap_port(int port);
+    TrapInfo traps() const;
+    // A management service of the platform (SW_SERVICE_*) refused a login:
+    // the platform raises authenticationFailure.
+    void report_login_failure(int service, const std::string &peer);
+    // The RMON engine saw an alarm cross a threshold: the platform raises
+    // risingAlarm or fallingAlarm.
+    struct RmonAlarmNotice {
+        int32_t alarm_index = 1;
+        bool rising = true;
+        std::vector<uint32_t> variable;  // the sampled object's OID
+        int32_t sample_type = SW_RMON_DELTA;
+        int32_t value = 0;
+        int32_t threshold = 0;
+    };
+    void report_rmon_alarm(const RmonAlarmNotice &alarm);
+
     struct Impl;
 
 private:
