@@ -12,6 +12,7 @@
 #include "tables/tables.hpp"
 
 extern "C" void init_scalars(void);
+extern "C" void init_trap(void);
 
 namespace {
 

@@ -33,6 +33,7 @@
 #include "model.hpp"
 #include "traffic.hpp"
 #include "traps.hpp"
+#include "services.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -529,6 +530,10 @@ using namespace traffic::calls;
 namespace impl {
 using namespace traps::calls;
 }
+// The management services live in services.cpp.
+namespace impl {
+using namespace services::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -742,7 +747,8 @@ const uint8_t g_zero_eaps_status[swp::eaps_status::kSize] = {};
     X(int, cfg_set_lacp_system_priority, (int priority), (priority), -1)                                \
     X(int, cfg_get_lacp_last_change, (uint32_t * cs), (cs), -1)                                         \
     SWSIM_L2PROTO_CALLS(X)                                                                             \
-    SWSIM_TRAPS_CALLS(X)
+    SWSIM_TRAPS_CALLS(X)                                                                               \
+    SWSIM_SERVICES_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -8,6 +8,7 @@
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
+#include "services.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -413,5 +414,23 @@ void Switch::report_rmon_alarm(const RmonAlarmNotice &a) {
     traps::raise_rmon_alarm(impl_->v(), a.alarm_index, a.rising, a.variable.data(), a.variable.size(), a.sample_type,
                             a.value, a.threshold);
 }
+
+// ---- management services ----------------------------------------------------------------------
+
+Switch::ServicesInfo Switch::services() const { return services::info(impl_->v()); }
+void Switch::service_set(const std::string &setting, const std::string &value) {
+    impl_->change([&](View &v) { services::set(v, setting, value); });
+}
+void Switch::service_add(const std::string &list, const std::string &value) {
+    impl_->change([&](View &v) { services::list_add(v, list, value); });
+}
+void Switch::service_remove(const std::string &list, const std::string &value) {
+    impl_->change([&](View &v) { services::list_remove(v, list, value); });
+}
+void Switch::ssh_keys(const std::string &kind, bool create) {
+    impl_->change([&](View &v) { services::ssh_keys(v, kind, create); });
+}
+const std::vector<Switch::ServiceSetting> &Switch::service_settings() { return services::settings(); }
+const std::vector<Switch::ServiceSetting> &Switch::service_lists() { return services::lists(); }
 
 }  // namespace swsim

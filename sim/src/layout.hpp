@@ -32,6 +32,7 @@
 #include "layout_l2proto.hpp"
 #include "layout_ifaces.hpp"
 #include "layout_traps.hpp"
+#include "layout_services.hpp"
 
 namespace swsim::layout {
 
@@ -174,6 +175,7 @@ struct ConfigModel {
     L2ProtoConfig l2proto;
     IfacesConfig ifaces_ext;
     TrapsConfig traps;  // trap destinations
+    ServicesConfig services;  // management services
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -196,6 +198,7 @@ struct Hardware {
     L2ProtoHardware l2proto;
     IfacesHardware ifaces_ext;
     TrapsHardware traps;  // what the trap service sent
+    ServicesHardware services;  // what the service daemons run with
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -3,6 +3,7 @@
 // Every field is checked as it is read; a problem is reported as
 // "ORIGIN: FIELD.PATH: problem" and nothing is written to the state path.
 #include <fstream>
+#include <algorithm>
 #include <initializer_list>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -17,6 +18,7 @@
 #include "state_install.hpp"
 #include "vlans.hpp"
 #include "traffic.hpp"
+#include "services.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 
@@ -122,7 +124,7 @@ public:
 
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
-                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "traps"});
+                            "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "traps", "services"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -135,6 +137,7 @@ public:
             default_vlan();
         vlans::boot_defaults(v_);
         if (root.has("vlan_settings")) vlan_settings(root.at("vlan_settings"));
+        services(root.has("services") ? root.at("services") : empty("services"));
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         port_controls(root);
@@ -834,6 +837,39 @@ private:
                     for (auto [u, p] : ports)
                         at_field(r, [&] { l2proto::ops::igmp_set_router_port(v_, vid, u, p, true); });
             }
+    }
+
+    // ---- management services ----
+
+    // Keys are the names of Switch::service_settings() (a value, or true and
+    // false for on and off) and Switch::service_lists() (an array), and
+    // ssh_keys: false for a switch without host keys.
+    void services(const Field &f) {
+        services::defaults(v_);
+        if (!f.is_object()) f.fail("must be an object");
+        auto known = [](const std::vector<Switch::ServiceSetting> &table, const std::string &key) {
+            return std::any_of(table.begin(), table.end(), [&](const auto &s) { return s.name == key; });
+        };
+        for (auto it = f.raw().begin(); it != f.raw().end(); ++it) {
+            const std::string key = it.key();
+            const Field item = f.at(key.c_str());
+            if (key == "ssh_keys") {
+                if (!item.boolean()) services::ssh_keys(v_, "both", false);
+            } else if (known(services::settings(), key)) {
+                const json &j = item.raw();
+                const std::string value = j.is_boolean() ? (j.get<bool>() ? "on" : "off")
+                                          : j.is_number_integer() ? std::to_string(j.get<int64_t>())
+                                                                  : item.text(64);
+                at_field(item, [&] { services::set(v_, key, value); });
+            } else if (known(services::lists(), key)) {
+                for (const Field &value : item.items()) {
+                    const std::string text = value.text(INET6_ADDRSTRLEN);
+                    at_field(value, [&] { services::list_add(v_, key, text); });
+                }
+            } else {
+                item.fail("unknown field");
+            }
+        }
     }
 
     // ---- trap destinations ----

@@ -6,6 +6,7 @@
 
 #include "owner.hpp"
 #include "swplatform/records_l2proto.hpp"
+#include "services.hpp"
 #include "traps.hpp"
 
 namespace swsim {
@@ -218,7 +219,7 @@ const Check kChecks[] = {
     {"image", image_interfaces},    {"image", image_vlans},         {"image", image_mirror},
     {"image", image_l2proto},       {"hardware", hardware_l2proto}, {"hardware", hardware_lacp},
     {"stats", stats_writers},       {"fdb", fdb_entries},
-    {"image", traps::damage},
+    {"image", traps::damage},       {"image", services::damage},
 };
 
 }  // namespace

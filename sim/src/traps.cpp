@@ -147,7 +147,7 @@ Oid sys_object_id(const View &v) {
 }
 
 // The address the switch sends from, for SNMPv1's agent-addr.
-uint32_t agent_address(const View &) { return 0; }
+uint32_t agent_address(const View &v) { return v.cfg->services.ip_address; }
 
 uint16_t udp_port(const View &v) {
     const uint16_t port = __atomic_load_n(&v.cfg->traps.udp_port, __ATOMIC_RELAXED);

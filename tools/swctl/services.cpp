@@ -94,13 +94,88 @@ void add_traps(CLI::App &app, const AddCommand &add, Options &o) {
     login->add_option("peer", o.peer, "Address the login came from");
 }
 
+// "name  what it accepts" lines for a command's help.
+std::string described(const std::vector<swsim::Switch::ServiceSetting> &table) {
+    std::string text;
+    for (const auto &s : table) text += "\n  " + s.name + std::string(s.name.size() < 14 ? 14 - s.name.size() : 1, ' ') + s.accepts;
+    return text;
+}
+
+void add_management(CLI::App &app, const AddCommand &add, Options &o) {
+    auto *mgmt = app.add_subcommand("mgmt", "Management services: address, servers, host keys, filters, SNTP, log");
+    mgmt->require_subcommand(1);
+    auto *set = add(mgmt, "set", "Change a setting" + described(swsim::Switch::service_settings()),
+                    [&o](swsim::Switch &sw) { sw.service_set(o.service, o.address); });
+    set->add_option("setting", o.service, "Its name")->required();
+    set->add_option("value", o.address, "The new value")->required();
+    for (bool adding : {true, false}) {
+        auto *cmd = add(mgmt, adding ? "add" : "remove",
+                        std::string(adding ? "Add to a list" : "Remove from a list") +
+                            described(swsim::Switch::service_lists()),
+                        [&o, adding](swsim::Switch &sw) {
+                            adding ? sw.service_add(o.service, o.address) : sw.service_remove(o.service, o.address);
+                        });
+        cmd->add_option("list", o.service, "Its name")->required();
+        cmd->add_option("value", o.address, "The value")->required();
+    }
+    auto *keys = add(mgmt, "keys", "Generate or delete SSH host keys",
+                     [&o](swsim::Switch &sw) { sw.ssh_keys(o.peer, o.direction == "generate"); });
+    keys->add_option("action", o.direction, "generate or delete")
+        ->required()
+        ->check(CLI::IsMember({"generate", "delete"}));
+    keys->add_option("kind", o.peer, "rsa, dsa or both")->required()->check(CLI::IsMember({"rsa", "dsa", "both"}));
+    add(mgmt, "show", "Management services and trap destinations", [](swsim::Switch &sw) { show_services(sw); });
+}
+
+std::string address_text(uint32_t a) {
+    char buf[16];
+    ip_uint32_to_str(a, buf, sizeof buf);
+    return buf;
+}
+std::string list_text(const std::vector<std::string> &items) {
+    std::string text;
+    for (const auto &i : items) text += (text.empty() ? "" : ", ") + i;
+    return text.empty() ? "-" : text;
+}
+const char *on(bool b) { return b ? "on" : "off"; }
+// "ssh-rsa AAAAB3Nz...Wq0= switch-3" shortened to its type, ends and comment.
+std::string key_text(const std::string &key) {
+    if (key.empty()) return "none";
+    const auto sp = key.find(' '), last = key.rfind(' ');
+    if (sp == std::string::npos || last <= sp + 24) return key;
+    return key.substr(0, sp + 13) + "..." + key.substr(last - 8);
+}
+
+void show_management(const swsim::Switch &sw) {
+    const auto s = sw.services();
+    int prefix = 0;
+    for (uint32_t m = s.mask; m & 0x80000000u; m <<= 1) ++prefix;
+    std::printf("address     %s/%d%s\ngateway     %s\nname        %s, %s\n", address_text(s.address).c_str(), prefix,
+                s.dhcp ? " (DHCP)" : "", address_text(s.gateway).c_str(), address_text(s.dns[0]).c_str(),
+                address_text(s.dns[1]).c_str());
+    std::printf("http        %s, port %d\nhttps       %s, port %d\ntelnet      %s\nssh         %s, timeout %d s\n",
+                on(s.http), s.http_port, on(s.https), s.https_port, on(s.telnet), on(s.ssh), s.ssh_timeout);
+    std::printf("rsa key     %s\ndsa key     %s\n", key_text(s.ssh_rsa_key).c_str(), key_text(s.ssh_dsa_key).c_str());
+    static const char *kFilters[] = {"http", "ssh", "snmp", "telnet"};
+    for (int f = 0; f < 4; ++f)
+        std::printf("%-12s%s\n", (std::string("filter ") + kFilters[f]).c_str(), list_text(s.filters[f]).c_str());
+    std::printf("sntp        %s, every %d s, servers %s\n", on(s.sntp), s.sntp_interval, list_text(s.sntp_servers).c_str());
+    std::printf("syslog      %s, flash level %d, ram level %d\n", on(s.syslog), s.flash_level, s.ram_level);
+    std::printf("remote log  %s, level %d, facility %d (daemon %d), servers %s\n", on(s.remote_log), s.remote_level,
+                s.remote_facility, s.daemon_facility, list_text(s.log_servers).c_str());
+}
+
 }  // namespace
 
 void add_services(CLI::App &app, const AddCommand &add) {
     static Options options;
+    add_management(app, add, options);
     add_traps(app, add, options);
 }
 
-void show_services(const swsim::Switch &sw) { show_traps(sw); }
+void show_services(const swsim::Switch &sw) {
+    show_management(sw);
+    show_traps(sw);
+}
 
 }  // namespace swctl

@@ -330,6 +330,38 @@ public:
     };
     void report_rmon_alarm(const RmonAlarmNotice &alarm);
 
+    // ---- management services ----
+    struct ServicesInfo {
+        bool dhcp = false;                            // the address comes from DHCP
+        uint32_t address = 0, mask = 0, gateway = 0;  // IPv4, host order
+        uint32_t dns[2] = {};                         // name servers in use
+        bool http = false, https = false, telnet = false, ssh = false;
+        int http_port = 0, https_port = 0, ssh_timeout = 0;
+        std::string ssh_rsa_key, ssh_dsa_key;  // "" none
+        std::vector<std::string> filters[4];   // http, ssh, snmp, telnet: slots in use
+        bool sntp = false;
+        int sntp_interval = 0;
+        std::vector<std::string> sntp_servers;
+        bool syslog = false, remote_log = false;
+        int flash_level = 0, ram_level = 0, remote_level = 0;
+        int remote_facility = 0;  // configured
+        int daemon_facility = 0;  // the log daemon's, as last handed over
+        std::vector<std::string> log_servers;  // IPv4 and IPv6
+    };
+    // A setting or list of the services and what it accepts.
+    struct ServiceSetting {
+        std::string name, accepts;
+    };
+    ServicesInfo services() const;
+    // By name (service_settings(), service_lists()); the value as text.
+    void service_set(const std::string &setting, const std::string &value);
+    void service_add(const std::string &list, const std::string &value);
+    void service_remove(const std::string &list, const std::string &value);
+    // SSH host keys: kind "rsa", "dsa" or "both"; made anew or deleted.
+    void ssh_keys(const std::string &kind, bool create);
+    static const std::vector<ServiceSetting> &service_settings();
+    static const std::vector<ServiceSetting> &service_lists();
+
     struct Impl;
 
 private:
