@@ -24,8 +24,25 @@ constexpr int kKeyRsa = 0, kKeyDsa = 1;
 
 layout::ServicesConfig &cfg(const View &v) { return v.cfg->services; }
 
-bool on_off(int on) { return on == 0 || on == 1; }
-bool level_ok(int level) { return level >= 0 && level <= 7; }
+// The setters' checks: a switch takes 1 or 0, a number its range; -1 and
+// nothing written otherwise.
+int set_switch(uint8_t &field, int on) {
+    if (on != 0 && on != 1) return -1;
+    field = uint8_t(on);
+    return 0;
+}
+int set_in(int32_t &field, int value, int lo, int hi) {
+    if (value < lo || value > hi) return -1;
+    field = value;
+    return 0;
+}
+int set_level(int32_t &field, int level) { return set_in(field, level, 0, 7); }
+// The web servers cannot share a port.
+int set_web_port(uint16_t &port, uint16_t other, int value) {
+    if (value < 1 || value > 65535 || value == other) return -1;
+    port = uint16_t(value);
+    return 0;
+}
 
 // Texts into a caller's buffer, whole or not at all.
 int give_text(const char *text, std::size_t field, char *buf, size_t size) {
@@ -488,28 +505,18 @@ int cfg_set_ip_dns_servers(const View &v, int which, uint32_t addr) {
 }
 
 int cfg_get_httpd_enable(const View &v) { return cfg(v).http_on; }
-int cfg_set_httpd_enable(const View &v, int on) { return on_off(on) ? cfg(v).http_on = uint8_t(on), 0 : -1; }
+int cfg_set_httpd_enable(const View &v, int on) { return set_switch(cfg(v).http_on, on); }
 int cfg_get_httpd_port(const View &v) { return cfg(v).http_port; }
-int cfg_set_httpd_port(const View &v, int port) {
-    if (port < 1 || port > 65535 || port == cfg(v).https_port) return -1;
-    cfg(v).http_port = uint16_t(port);
-    return 0;
-}
-int cfg_set_httpsd_enable(const View &v, int on) { return on_off(on) ? cfg(v).https_on = uint8_t(on), 0 : -1; }
+int cfg_set_httpd_port(const View &v, int port) { return set_web_port(cfg(v).http_port, cfg(v).https_port, port); }
+int cfg_set_httpsd_enable(const View &v, int on) { return set_switch(cfg(v).https_on, on); }
 int cfg_get_httpsd_port(const View &v) { return cfg(v).https_port; }
-int cfg_set_httpsd_port(const View &v, int port) {
-    if (port < 1 || port > 65535 || port == cfg(v).http_port) return -1;
-    cfg(v).https_port = uint16_t(port);
-    return 0;
-}
+int cfg_set_httpsd_port(const View &v, int port) { return set_web_port(cfg(v).https_port, cfg(v).http_port, port); }
 int cfg_get_telnetd(const View &v) { return cfg(v).telnet_on; }
-int cfg_set_telnetd(const View &v, int on) { return on_off(on) ? cfg(v).telnet_on = uint8_t(on), 0 : -1; }
+int cfg_set_telnetd(const View &v, int on) { return set_switch(cfg(v).telnet_on, on); }
 int cfg_get_sshd_enable(const View &v) { return cfg(v).ssh_on; }
-int cfg_set_sshd_enable(const View &v, int on) { return on_off(on) ? cfg(v).ssh_on = uint8_t(on), 0 : -1; }
+int cfg_set_sshd_enable(const View &v, int on) { return set_switch(cfg(v).ssh_on, on); }
 int cfg_get_sshd_timeout(const View &v) { return cfg(v).ssh_timeout; }
-int cfg_set_sshd_timeout(const View &v, int seconds) {
-    return seconds >= 1 && seconds <= 120 ? cfg(v).ssh_timeout = seconds, 0 : -1;
-}
+int cfg_set_sshd_timeout(const View &v, int seconds) { return set_in(cfg(v).ssh_timeout, seconds, 1, 120); }
 
 const char *cfg_ssh_get_key_rsa(const View &v) { return key_text(v, kKeyRsa); }
 const char *cfg_ssh_get_key_dsa(const View &v) { return key_text(v, kKeyDsa); }
@@ -531,11 +538,9 @@ SWSIM_FILTER_CALL_DEFS(telnet, layout::kFilterTelnet)
 #undef SWSIM_FILTER_CALL_DEFS
 
 int cfg_get_sntp_enable(const View &v) { return cfg(v).sntp_on; }
-int cfg_set_sntp_enable(const View &v, int on) { return on_off(on) ? cfg(v).sntp_on = uint8_t(on), 0 : -1; }
+int cfg_set_sntp_enable(const View &v, int on) { return set_switch(cfg(v).sntp_on, on); }
 int cfg_get_sntp_interval(const View &v) { return cfg(v).sntp_interval; }
-int cfg_set_sntp_interval(const View &v, int seconds) {
-    return seconds >= 16 && seconds <= 16384 ? cfg(v).sntp_interval = seconds, 0 : -1;
-}
+int cfg_set_sntp_interval(const View &v, int seconds) { return set_in(cfg(v).sntp_interval, seconds, 16, 16384); }
 int sntp_dump_server_ip_addr(const View &v, int slot, char *buf, size_t size) {
     if (slot < 0 || slot >= SW_SNTP_SERVERS) return -1;
     return give_text(cfg(v).sntp_servers[slot], 16, buf, size);
@@ -558,19 +563,17 @@ int cfg_del_sntp_server(const View &v, const char *addr) {
 }
 
 int cfg_get_syslogd(const View &v) { return cfg(v).syslog_on; }
-int cfg_set_syslogd(const View &v, int on) { return on_off(on) ? cfg(v).syslog_on = uint8_t(on), 0 : -1; }
+int cfg_set_syslogd(const View &v, int on) { return set_switch(cfg(v).syslog_on, on); }
 int cfg_get_flash_level(const View &v) { return cfg(v).flash_level; }
-int cfg_set_flash_level(const View &v, int level) { return level_ok(level) ? cfg(v).flash_level = level, 0 : -1; }
+int cfg_set_flash_level(const View &v, int level) { return set_level(cfg(v).flash_level, level); }
 int cfg_get_ram_level(const View &v) { return cfg(v).ram_level; }
-int cfg_set_ram_level(const View &v, int level) { return level_ok(level) ? cfg(v).ram_level = level, 0 : -1; }
+int cfg_set_ram_level(const View &v, int level) { return set_level(cfg(v).ram_level, level); }
 int cfg_get_remote_log(const View &v) { return cfg(v).remote_log_on; }
-int cfg_set_remote_log(const View &v, int on) { return on_off(on) ? cfg(v).remote_log_on = uint8_t(on), 0 : -1; }
+int cfg_set_remote_log(const View &v, int on) { return set_switch(cfg(v).remote_log_on, on); }
 int cfg_get_remote_level(const View &v) { return cfg(v).remote_level; }
-int cfg_set_remote_level(const View &v, int level) { return level_ok(level) ? cfg(v).remote_level = level, 0 : -1; }
+int cfg_set_remote_level(const View &v, int level) { return set_level(cfg(v).remote_level, level); }
 int cfg_get_remote_facility(const View &v) { return cfg(v).remote_facility; }
-int cfg_set_remote_facility(const View &v, int facility) {
-    return facility >= 16 && facility <= 23 ? cfg(v).remote_facility = facility, 0 : -1;
-}
+int cfg_set_remote_facility(const View &v, int facility) { return set_in(cfg(v).remote_facility, facility, 16, 23); }
 int cfg_log_export_rem_facility(const View &v) {
     v.hw->services.daemon_facility = cfg(v).remote_facility;
     return 0;

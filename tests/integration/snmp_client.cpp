@@ -192,8 +192,8 @@ Response Session::set(const std::vector<SetValue> &values) {
     netsnmp_pdu *pdu = snmp_pdu_create(SNMP_MSG_SET);
     for (const SetValue &v : values) {
         std::vector<oid> name(v.oid.begin(), v.oid.end());
-        if (v.type == kOctetString) {
-            snmp_pdu_add_variable(pdu, name.data(), name.size(), ASN_OCTET_STR, v.bytes.data(), v.bytes.size());
+        if (v.type == kOctetString || v.type == kIpAddress) {
+            snmp_pdu_add_variable(pdu, name.data(), name.size(), v.type, v.bytes.data(), v.bytes.size());
         } else {
             long value = long(v.integer);
             snmp_pdu_add_variable(pdu, name.data(), name.size(), v.type, &value, sizeof value);

@@ -158,7 +158,7 @@ void show_management(const swsim::Switch &sw) {
     std::printf("rsa key     %s\ndsa key     %s\n", key_text(s.ssh_rsa_key).c_str(), key_text(s.ssh_dsa_key).c_str());
     static const char *kFilters[] = {"http", "ssh", "snmp", "telnet"};
     for (int f = 0; f < 4; ++f)
-        std::printf("%-12s%s\n", (std::string("filter ") + kFilters[f]).c_str(), list_text(s.filters[f]).c_str());
+        std::printf("filter %-6s %s\n", kFilters[f], list_text(s.filters[f]).c_str());
     std::printf("sntp        %s, every %d s, servers %s\n", on(s.sntp), s.sntp_interval, list_text(s.sntp_servers).c_str());
     std::printf("syslog      %s, flash level %d, ram level %d\n", on(s.syslog), s.flash_level, s.ram_level);
     std::printf("remote log  %s, level %d, facility %d (daemon %d), servers %s\n", on(s.remote_log), s.remote_level,
