@@ -84,8 +84,8 @@ int filter_key(uint32_t addr, uint32_t mask, FilterText &key) {
     if (const int rc = to_dotted(addr, address); rc < 0) return rc;
     const int prefix = ip_mask_to_prefix(mask);
     if (prefix < 0) return prefix;
-    std::snprintf(key, sizeof key, "%s/%d", address, prefix);
-    return 0;
+    const int n = std::snprintf(key, sizeof key, "%s/%d", address, prefix);
+    return n > 0 && std::size_t(n) < sizeof key ? 0 : -1;
 }
 
 // Whether a slot holds the key.

@@ -399,6 +399,9 @@ void Switch::trap_remove(const std::string &address) {
 void Switch::set_trap_port(int port) {
     impl_->change([&](View &v) { traps::ops::set_port(v, port); });
 }
+void Switch::set_trap_beyond_loopback(bool allowed) {
+    impl_->change([&](View &v) { traps::ops::set_beyond_loopback(v, allowed); });
+}
 Switch::TrapInfo Switch::traps() const { return traps::info(impl_->v()); }
 
 // Raised without the configuration lock: the callbacks of an agent in this

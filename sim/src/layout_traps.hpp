@@ -24,15 +24,19 @@ struct TrapsConfig {
     // UDP port the destinations listen on: 162 on a real network; tests
     // point it at a receiver of their own.
     uint16_t udp_port;
-    uint16_t reserved;
+    // Whether notifications may leave this machine: while 0 the simulated
+    // switch sends to loopback destinations only and withholds the rest.
+    uint8_t beyond_loopback;
+    uint8_t reserved;
 };
 
-// Notifications sent, by destination slot (datagrams handed to the network)
-// and in all, and the datagrams the network refused.
+// Notifications raised, datagrams sent by destination slot, and the
+// datagrams the network refused or the switch withheld.
 struct TrapsHardware {
     uint64_t sent[SW_TRAP_DESTS];
     uint64_t notifications;
     uint64_t failed;
+    uint64_t withheld;  // datagrams for destinations beyond loopback, not sent
     uint32_t request_id;  // of the last SNMPv2c notification
     uint32_t reserved;
 };

@@ -875,8 +875,9 @@ private:
     // ---- trap destinations ----
 
     void traps(const Field &f) {
-        f.expect_object({"port", "destinations"});
+        f.expect_object({"port", "beyond_loopback", "destinations"});
         if (f.has("port")) traps::ops::set_port(v_, int(f.at("port").integer(1, 65535)));
+        traps::ops::set_beyond_loopback(v_, f.boolean("beyond_loopback", false));
         if (f.has("destinations"))
             for (const Field &d : f.at("destinations").items()) {
                 d.expect_object({"address", "community", "version"});

@@ -293,12 +293,28 @@ void address(const View &v, const Notification &n, Outbox &out) {
     }
 }
 
+namespace {
+// 127.0.0.0/8, ::1 and ::ffff:127.0.0.0/104.
+bool loopback(const sw_ip_addr_t &a) {
+    static const uint8_t v6_loopback[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    static const uint8_t v4_mapped[12] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
+    if (a.family == SW_ADDR_IPV4) return a.bytes[0] == 127;
+    return std::memcmp(a.bytes, v6_loopback, 16) == 0 || (std::memcmp(a.bytes, v4_mapped, 12) == 0 && a.bytes[12] == 127);
+}
+}  // namespace
+
 // Non-blocking datagrams: a full socket buffer or an unreachable network
-// loses the notification, as UDP would, and holds nobody up.
+// loses the notification, as UDP would, and holds nobody up.  A simulated
+// switch keeps its notifications on this machine unless told otherwise.
 int Outbox::send(const View &v) {
     int sent = 0;
     int fds[2] = {-1, -1};  // IPv4, IPv6
+    const bool beyond = __atomic_load_n(&v.cfg->traps.beyond_loopback, __ATOMIC_RELAXED) != 0;
     for (const Datagram &d : datagrams_) {
+        if (!beyond && !loopback(d.to)) {
+            __atomic_fetch_add(&v.hw->traps.withheld, 1, __ATOMIC_RELAXED);
+            continue;
+        }
         const bool v6 = d.to.family == SW_ADDR_IPV6;
         int &fd = fds[v6];
         if (fd < 0) fd = ::socket(v6 ? AF_INET6 : AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
@@ -413,6 +429,8 @@ Switch::TrapInfo info(const View &v) {
     t.port = udp_port(v);
     t.notifications = __atomic_load_n(&v.hw->traps.notifications, __ATOMIC_RELAXED);
     t.failed = __atomic_load_n(&v.hw->traps.failed, __ATOMIC_RELAXED);
+    t.withheld = __atomic_load_n(&v.hw->traps.withheld, __ATOMIC_RELAXED);
+    t.beyond_loopback = v.cfg->traps.beyond_loopback != 0;
     for (int i = 0; i < SW_TRAP_DESTS; ++i) {
         const TrapDest &d = v.cfg->traps.dests[i];
         if (!in_use(d)) continue;
@@ -439,6 +457,7 @@ void add_destination(View &v, const std::string &addr, const std::string &commun
 void remove_destination(View &v, const std::string &addr) {
     if (remove(v, addr.c_str()) != 0) throw Error("no trap destination " + addr);
 }
+void set_beyond_loopback(View &v, bool on) { v.cfg->traps.beyond_loopback = on; }
 void set_port(View &v, int port) {
     if (port < 1 || port > 65535) throw Error("UDP port " + std::to_string(port) + " (1..65535)");
     v.cfg->traps.udp_port = uint16_t(port);

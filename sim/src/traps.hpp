@@ -99,6 +99,7 @@ namespace ops {
 void add_destination(View &v, const std::string &addr, const std::string &community, int version);
 void remove_destination(View &v, const std::string &addr);
 void set_port(View &v, int port);
+void set_beyond_loopback(View &v, bool on);
 }  // namespace ops
 
 // Damage the state check looks for: "" when none.

@@ -294,9 +294,21 @@ TEST_F(TrapTest, RmonAlarmsCarryTheAlarmsVariables) {
 }
 
 TEST_F(TrapTest, DestinationsThatCannotBeReachedCostNothingButTheirOwnDatagram) {
-    // The broadcast address is refused by the network (no SO_BROADCAST), an
-    // address nobody listens on answers nothing: the other destinations
-    // still get theirs, nothing waits.  (Nothing leaves this machine.)
+    // A simulated switch keeps to loopback unless allowed beyond it: the
+    // datagram for a destination elsewhere is withheld.
+    sw_->trap_add("192.0.2.1", "x", SW_TRAP_V1);
+    sw_->report_login_failure(SW_SERVICE_WEB, "");
+    EXPECT_EQ(v1_->drain().size(), 1u);
+    EXPECT_EQ(v2_->drain().size(), 1u);
+    EXPECT_EQ(sw_->traps().withheld, 1u);
+    EXPECT_EQ(sw_->traps().destinations[2].sent, 0u);
+    sw_->trap_remove("192.0.2.1");
+
+    // Allowed beyond it: the broadcast address is refused by the network
+    // (no SO_BROADCAST), an address nobody listens on answers nothing; the
+    // other destinations still get theirs, nothing waits.  (Nothing leaves
+    // this machine.)
+    sw_->set_trap_beyond_loopback(true);
     sw_->trap_add("255.255.255.255", "x", SW_TRAP_V2C);
     sw_->trap_add("127.0.0.3", "x", SW_TRAP_V1);
     sw_->trap_add("::1", "six", SW_TRAP_V2C);
@@ -310,6 +322,7 @@ TEST_F(TrapTest, DestinationsThatCannotBeReachedCostNothingButTheirOwnDatagram) 
     EXPECT_EQ(t.destinations[3].sent, 3u);
     // The IPv6 one went out unless this machine has no IPv6.
     EXPECT_EQ(t.failed - failed, 3u + (3u - t.destinations[4].sent));
+    EXPECT_EQ(t.withheld, 1u);
 
     // A fault armed on the call: its result, and nothing sent.
     sw_->fault_set("send_trap_snmp_authentication_fail", -5, 1);
@@ -352,6 +365,10 @@ TEST_F(TrapTest, SwctlManagesDestinationsAndRaisesEvents) {
           "community '123456789012345678901234567890123' is longer than 32 characters");
     fails("trap remove 10.9.9.9", "no trap destination 10.9.9.9");
     fails("trap port 0", "UDP port 0 (1..65535)");
+    ok("trap reach any");
+    EXPECT_TRUE(sw_->traps().beyond_loopback);
+    ok("trap reach loopback");
+    EXPECT_FALSE(sw_->traps().beyond_loopback);
     const auto t = sw_->traps();
     ASSERT_EQ(t.destinations.size(), 2u);
     EXPECT_EQ(t.destinations[1].address, "127.0.0.3");
@@ -387,11 +404,12 @@ TEST_F(TrapTest, SwctlManagesDestinationsAndRaisesEvents) {
 }
 
 TEST_F(TempDir, ScenarioTrapDestinations) {
-    swsim::create_state_from_json(state_, R"({"traps": {"port": 1162, "destinations": [
+    swsim::create_state_from_json(state_, R"({"traps": {"port": 1162, "beyond_loopback": true, "destinations": [
         {"address": "192.0.2.5"}, {"address": "2001:db8::1", "community": "c6", "version": 1}]}})");
     swsim::Switch sw(state_);
     const auto t = sw.traps();
     EXPECT_EQ(t.port, 1162);
+    EXPECT_TRUE(t.beyond_loopback);
     ASSERT_EQ(t.destinations.size(), 2u);
     EXPECT_EQ(t.destinations[0].community, "public");
     EXPECT_EQ(t.destinations[0].version, SW_TRAP_V2C);
@@ -406,9 +424,11 @@ TEST_F(TempDir, ScenarioTrapDestinations) {
                   swsim::create_state_from_json(state_, R"({"traps": {"port": 0}})", "s.json");
               }),
               "s.json: traps.port: must be 1..65535");
-    // A switch without the field sends to nobody, on port 162.
+    // A switch without the field sends to nobody, on port 162, and keeps to
+    // loopback.
     swsim::create_state_from_json(state_, "{}");
     EXPECT_EQ(swsim::Switch(state_).traps().port, 162);
+    EXPECT_FALSE(swsim::Switch(state_).traps().beyond_loopback);
     EXPECT_TRUE(swsim::Switch(state_).traps().destinations.empty());
 }
 

@@ -449,6 +449,12 @@ TEST_F(ServicesTest, TrapDestinations) {
     EXPECT_EQ(set_trapDestVersion(fresh, 3), -1) << "the platform's check";
     EXPECT_EQ(get_trapDestVersion(fresh), 2);
     EXPECT_EQ(set_trapDestStatus(fresh, 1), -1) << "listed already";
+    // Five destinations at most (the IPv6 one counts).
+    EXPECT_EQ(set_trapDestStatus(ip("127.0.0.92"), 1), 0);
+    EXPECT_EQ(set_trapDestStatus(ip("127.0.0.93"), 1), 0);
+    EXPECT_EQ(set_trapDestStatus(ip("127.0.0.94"), 1), -1);
+    EXPECT_EQ(get_trapDestStatus(ip("127.0.0.94")), 2);
+    ASSERT_EQ(set_trapDestStatus(ip("127.0.0.93"), 2), 0);
 
     // No such destination: no value, and nothing to write.
     const uint32_t none = ip("127.0.0.99");

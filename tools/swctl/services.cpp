@@ -41,8 +41,9 @@ struct Options {
 
 void show_traps(const swsim::Switch &sw) {
     const auto t = sw.traps();
-    std::printf("trap port   %d\nsent        %llu notifications (%llu datagrams refused)\n", t.port,
-                (unsigned long long)t.notifications, (unsigned long long)t.failed);
+    std::printf("trap port   %d, to %s\nsent        %llu notifications (%llu datagrams refused, %llu withheld)\n",
+                t.port, t.beyond_loopback ? "any address" : "loopback addresses only",
+                (unsigned long long)t.notifications, (unsigned long long)t.failed, (unsigned long long)t.withheld);
     std::printf("%-4s %-40s %-7s %-10s %s\n", "slot", "trap destination", "version", "sent", "community");
     for (const auto &d : t.destinations)
         std::printf("%-4d %-40s %-7s %-10llu %s\n", d.slot + 1, d.address.c_str(), d.version == SW_TRAP_V1 ? "v1" : "v2c",
@@ -64,6 +65,10 @@ void add_traps(CLI::App &app, const AddCommand &add, Options &o) {
         sw.set_trap_port(o.port);
     });
     port->add_option("port", o.port, "1..65535 (162 on a real network)")->required();
+    auto *reach = add(trap, "reach", "Send to loopback destinations only (the default) or to any", [&o](swsim::Switch &sw) {
+        sw.set_trap_beyond_loopback(o.direction == "any");
+    });
+    reach->add_option("where", o.direction, "loopback or any")->required()->check(CLI::IsMember({"loopback", "any"}));
     add(trap, "show", "Trap destinations and what was sent", [](swsim::Switch &sw) { show_traps(sw); });
 
     auto *alarm = add(trap, "rmon-alarm", "The RMON engine reports an alarm crossing a threshold",

@@ -298,7 +298,8 @@ public:
 
     // ---- trap service ----
     // Trap destinations (at most SW_TRAP_DESTS), the UDP port they listen on
-    // (162 unless set) and what the service has sent.
+    // (162 unless set), whether notifications may leave this machine, and
+    // what the service has sent.
     struct TrapDestInfo {
         int slot = 0;
         std::string address, community;
@@ -310,10 +311,15 @@ public:
         std::vector<TrapDestInfo> destinations;  // slots in use, in slot order
         uint64_t notifications = 0;  // raised since the switch booted
         uint64_t failed = 0;         // datagrams the network refused
+        uint64_t withheld = 0;       // datagrams for destinations beyond loopback
+        bool beyond_loopback = false;
     };
     void trap_add(const std::string &address, const std::string &community = "public", int version = SW_TRAP_V2C);
     void trap_remove(const std::string &address);
     void set_trap_port(int port);
+    // A simulated switch sends to loopback destinations only, and counts
+    // the datagrams it withholds from the others, until this allows them.
+    void set_trap_beyond_loopback(bool allowed);
     TrapInfo traps() const;
     // A management service of the platform (SW_SERVICE_*) refused a login:
     // the platform raises authenticationFailure.
