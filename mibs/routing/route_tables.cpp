@@ -83,9 +83,9 @@ uint32_t route_count() {
 }
 
 // One address of the switch; a failing find reads as all zero.
-sw_ip_addr_t address(uint32_t addr) {
-    sw_ip_addr_t a{};
-    if (cfg_ip_addr_find(SW_FIND_EXACT, addr, &a) != 0) a = sw_ip_addr_t{};
+sw_ip_iface_t address(uint32_t addr) {
+    sw_ip_iface_t a{};
+    if (cfg_ip_addr_find(SW_FIND_EXACT, addr, &a) != 0) a = sw_ip_iface_t{};
     return a;
 }
 
@@ -108,13 +108,13 @@ uint32_t get_inetCidrRouteNumber(void) { return snmpapi::routing::route_count();
 // ---- ipAddrTable ------------------------------------------------------------------
 
 int init_index_ipAddrTable(void *(*create)(uint32_t)) {
-    sw_ip_addr_t a{};
+    sw_ip_iface_t a{};
     for (int mode = SW_FIND_FROM; cfg_ip_addr_find(mode, a.addr, &a) == 0; mode = SW_FIND_AFTER) create(a.addr);
     return 0;
 }
 
 int exists_entry_ipAddrTable(uint32_t addr) {
-    sw_ip_addr_t a{};
+    sw_ip_iface_t a{};
     if (cfg_ip_addr_find(SW_FIND_EXACT, addr, &a) == 0) return 1;
     ipAddrTable_removeEntry(addr);
     return 0;

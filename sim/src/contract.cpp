@@ -33,6 +33,8 @@
 #include "locks.hpp"
 #include "model.hpp"
 #include "traffic.hpp"
+#include "traps.hpp"
+#include "services.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -527,6 +529,14 @@ using namespace traffic::calls;
 namespace impl {
 using namespace chassis::calls;
 }
+// The trap service lives in traps.cpp.
+namespace impl {
+using namespace traps::calls;
+}
+// The management services live in services.cpp.
+namespace impl {
+using namespace services::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -763,7 +773,9 @@ using namespace routing::calls;
     SWSIM_L2PROTO_CALLS(X)                                                                             \
     SWSIM_CHASSIS_CALLS(X)                                                                             \
     SWSIM_LLDP_CALLS(X)                                                                                \
-    SWSIM_ROUTING_CALLS(X)
+    SWSIM_ROUTING_CALLS(X)                                                                             \
+    SWSIM_TRAPS_CALLS(X)                                                                               \
+    SWSIM_SERVICES_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \
@@ -773,7 +785,8 @@ using namespace routing::calls;
       (text, addr, mask))                                                                               \
     P(char *, strncpy_safe, (char *dst, const char *src, size_t size), (dst, src, size))                \
     P(int, parse_time, (const char *text, int *hours, int *minutes, int *seconds),                      \
-      (text, hours, minutes, seconds))
+      (text, hours, minutes, seconds))                                                                  \
+    SWSIM_TRAPS_HELPER_CALLS(P)
 
 // (a, b) -> (first, a, b); () -> (first)
 #define SWSIM_EXPAND(...) __VA_ARGS__

@@ -11,6 +11,8 @@
 #include "model.hpp"
 #include "routing.hpp"
 #include "traffic.hpp"
+#include "services.hpp"
+#include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -35,11 +37,18 @@ struct Switch::Impl {
     View &v() { return file->view(); }
     const View &v() const { return file->view(); }
 
-    // Runs a change under the configuration write lock.
+    // Runs a change under the configuration write lock; the links it
+    // changed are notified to the trap destinations once it is done.
     template <class Change>
     void change(Change body) {
-        locks::WriteGuard guard(lock, file->fd());
-        body(v());
+        traps::Outbox notifications;
+        {
+            locks::WriteGuard guard(lock, file->fd());
+            const traps::LinkWatch links(v());
+            body(v());
+            links.collect(v(), notifications);
+        }
+        notifications.send(v());
     }
 };
 
@@ -470,7 +479,7 @@ void Switch::ip_addr_add(int vid, uint32_t addr, int prefix_len) {
 void Switch::ip_addr_remove(uint32_t addr) {
     impl_->change([&](View &v) { routing::ops::ip_addr_remove(v, addr); });
 }
-std::vector<sw_ip_addr_t> Switch::ip_addrs() const { return routing::ip_addrs(impl_->v()); }
+std::vector<sw_ip_iface_t> Switch::ip_addrs() const { return routing::ip_addrs(impl_->v()); }
 void Switch::route_add(const Route &route) {
     impl_->change([&](View &v) { routing::ops::route_add(v, route); });
 }
@@ -496,5 +505,52 @@ Switch::FrrImport Switch::import_frr(const std::string &routes_json, const std::
     impl_->change([&](View &v) { result = routing::ops::import_frr(v, routes_json, neighbors_json, vlans); });
     return result;
 }
+// ---- trap service ---------------------------------------------------------------------------
+
+void Switch::trap_add(const std::string &address, const std::string &community, int version) {
+    impl_->change([&](View &v) { traps::ops::add_destination(v, address, community, version); });
+}
+void Switch::trap_remove(const std::string &address) {
+    impl_->change([&](View &v) { traps::ops::remove_destination(v, address); });
+}
+void Switch::set_trap_port(int port) {
+    impl_->change([&](View &v) { traps::ops::set_port(v, port); });
+}
+void Switch::set_trap_beyond_loopback(bool allowed) {
+    impl_->change([&](View &v) { traps::ops::set_beyond_loopback(v, allowed); });
+}
+Switch::TrapInfo Switch::traps() const { return traps::info(impl_->v()); }
+
+// Raised without the configuration lock: the callbacks of an agent in this
+// process may take it.
+void Switch::report_login_failure(int service, const std::string &peer) {
+    if (service < SW_SERVICE_WEB || service > SW_SERVICE_CONSOLE)
+        throw Error("service " + std::to_string(service) + " (1 web, 2 telnet, 3 ssh, 4 console)");
+    traps::raise_authentication_failure(impl_->v(), service, peer.c_str());
+}
+void Switch::report_rmon_alarm(const RmonAlarmNotice &a) {
+    if (a.variable.empty() || a.variable.size() > 128)
+        throw Error("an alarm's variable is an OID of 1..128 sub-identifiers");
+    traps::raise_rmon_alarm(impl_->v(), a.alarm_index, a.rising, a.variable.data(), a.variable.size(), a.sample_type,
+                            a.value, a.threshold);
+}
+
+// ---- management services ----------------------------------------------------------------------
+
+Switch::ServicesInfo Switch::services() const { return services::info(impl_->v()); }
+void Switch::service_set(const std::string &setting, const std::string &value) {
+    impl_->change([&](View &v) { services::set(v, setting, value); });
+}
+void Switch::service_add(const std::string &list, const std::string &value) {
+    impl_->change([&](View &v) { services::list_add(v, list, value); });
+}
+void Switch::service_remove(const std::string &list, const std::string &value) {
+    impl_->change([&](View &v) { services::list_remove(v, list, value); });
+}
+void Switch::ssh_keys(const std::string &kind, bool create) {
+    impl_->change([&](View &v) { services::ssh_keys(v, kind, create); });
+}
+const std::vector<Switch::ServiceSetting> &Switch::service_settings() { return services::settings(); }
+const std::vector<Switch::ServiceSetting> &Switch::service_lists() { return services::lists(); }
 
 }  // namespace swsim

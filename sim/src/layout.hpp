@@ -34,11 +34,13 @@
 #include "layout_chassis.hpp"
 #include "layout_lldp.hpp"
 #include "layout_routing.hpp"
+#include "layout_traps.hpp"
+#include "layout_services.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 5;
+inline constexpr uint32_t kVersion = 6;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -176,6 +178,8 @@ struct ConfigModel {
     L2ProtoConfig l2proto;
     IfacesConfig ifaces_ext;
     LldpConfig lldp;
+    TrapsConfig traps;  // trap destinations
+    ServicesConfig services;  // management services
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -200,6 +204,8 @@ struct Hardware {
     ChassisHardware chassis;  // bays, fans, alarms, load
     LldpHardware lldp;
     RoutingState routing;  // addresses, routes, VRRP, OSPF, RIP
+    TrapsHardware traps;  // what the trap service sent
+    ServicesHardware services;  // what the service daemons run with
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -72,7 +72,7 @@ struct RoutingGlobals {
 
 struct RoutingState {
     RoutingGlobals globals;
-    Sorted<sw_ip_addr_t, kIpAddrCapacity> addrs;
+    Sorted<sw_ip_iface_t, kIpAddrCapacity> addrs;
     Sorted<RouteSlot, kRouteCapacity> routes;
     Sorted<VrrpSlot, kVrrpCapacity> vrrp;
     Sorted<sw_ospf_area_t, kOspfAreaCapacity> areas;

@@ -34,7 +34,7 @@ uint32_t mask_of(uint32_t prefix_len) { return prefix_len == 0 ? 0 : ~0u << (32 
 template <size_t K>
 using Key = std::array<uint32_t, K>;
 
-Key<1> key_of(const sw_ip_addr_t &a) { return {a.addr}; }
+Key<1> key_of(const sw_ip_iface_t &a) { return {a.addr}; }
 Key<3> key_of(const layout::RouteSlot &s) { return {s.route.dest, s.route.prefix_len, s.route.next_hop}; }
 Key<2> key_of(const layout::VrrpSlot &s) { return {uint32_t(s.router.vid), s.router.vrid}; }
 Key<1> key_of(const sw_ospf_area_t &a) { return {a.area_id}; }
@@ -285,7 +285,7 @@ int answer_query(uint8_t *record, std::initializer_list<uint32_t> group, Value v
 
 namespace calls {
 
-int cfg_ip_addr_find(const View &v, int mode, uint32_t addr, sw_ip_addr_t *out) {
+int cfg_ip_addr_find(const View &v, int mode, uint32_t addr, sw_ip_iface_t *out) {
     return answer(st(v).addrs, mode, {addr}, out, as_is);
 }
 int cfg_route_find(const View &v, int mode, uint32_t dest, uint32_t prefix_len, uint32_t next_hop, sw_route_t *out) {
@@ -582,7 +582,7 @@ private:
         f.expect_object({"address", "area", "type", "cost", "priority", "state", "hello", "dead"});
         sw_ospf_if_t i{};
         i.addr = parse_addr(f.at("address"));
-        const sw_ip_addr_t *a = find(r_.addrs, SW_FIND_EXACT, {i.addr});
+        const sw_ip_iface_t *a = find(r_.addrs, SW_FIND_EXACT, {i.addr});
         if (!a) f.at("address").fail(addr_text(i.addr) + " is not an address of a VLAN interface");
         i.vid = a->vid;
         i.area_id = known_area(f.at("area"));
@@ -621,7 +621,7 @@ private:
         // A full neighbour's router-LSA is in the database of its link's area.
         auto [b, e] = span_of(r_.ospf_ifs);
         for (auto *i = b; i != e; ++i) {
-            const sw_ip_addr_t *a = find(r_.addrs, SW_FIND_EXACT, {i->addr});
+            const sw_ip_iface_t *a = find(r_.addrs, SW_FIND_EXACT, {i->addr});
             if (a && (n.addr & a->mask) == (a->addr & a->mask)) {
                 if (n.state == SW_OSPF_NBR_FULL)
                     append(r_.lsas, lsa(SW_OSPF_SCOPE_AREA, i->area_id, 0, 1, n.router_id, n.router_id), "LSA");
@@ -781,7 +781,7 @@ void ip_addr_add(View &v, int vid, uint32_t addr, int prefix_len) {
     const uint32_t mask = mask_of(uint32_t(prefix_len));
     if (addr == 0 || (prefix_len < 31 && ((addr & ~mask) == 0 || (addr | mask) == ~0u)))
         fail(addr_text(addr) + "/" + std::to_string(prefix_len) + " is no host address");
-    sw_ip_addr_t a{addr, mask, vid, 18024};
+    sw_ip_iface_t a{addr, mask, vid, 18024};
     upsert(st(v).addrs, a, "address");
     layout::RouteSlot s{};
     s.route = sw_route_t{addr & mask, uint32_t(prefix_len), 0, vid, SW_ROUTE_CONNECTED, 0, 0};
@@ -790,9 +790,9 @@ void ip_addr_add(View &v, int vid, uint32_t addr, int prefix_len) {
 }
 
 void ip_addr_remove(View &v, uint32_t addr) {
-    const sw_ip_addr_t *a = find(st(v).addrs, SW_FIND_EXACT, {addr});
+    const sw_ip_iface_t *a = find(st(v).addrs, SW_FIND_EXACT, {addr});
     if (!a) fail(addr_text(addr) + " is not an address of the switch");
-    const sw_ip_addr_t gone = *a;
+    const sw_ip_iface_t gone = *a;
     erase(st(v).addrs, {addr});
     erase(st(v).routes, {gone.addr & gone.mask, uint32_t(helpers::ip_mask_to_prefix(gone.mask)), 0});
 }
@@ -998,7 +998,7 @@ Switch::FrrImport import_frr(View &v, const std::string &routes_json, const std:
 
 // ---- reads ------------------------------------------------------------------------------------
 
-std::vector<sw_ip_addr_t> ip_addrs(const View &v) { return all_of(st(v).addrs); }
+std::vector<sw_ip_iface_t> ip_addrs(const View &v) { return all_of(st(v).addrs); }
 std::vector<sw_route_t> routes(const View &v) {
     std::vector<sw_route_t> out;
     for (const auto &s : all_of(st(v).routes)) {

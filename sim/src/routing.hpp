@@ -20,7 +20,7 @@ class Field;
 namespace swsim::routing {
 
 namespace calls {
-int cfg_ip_addr_find(const View &v, int mode, uint32_t addr, sw_ip_addr_t *out);
+int cfg_ip_addr_find(const View &v, int mode, uint32_t addr, sw_ip_iface_t *out);
 int cfg_route_find(const View &v, int mode, uint32_t dest, uint32_t prefix_len, uint32_t next_hop, sw_route_t *out);
 int cfg_route_count(const View &v);
 int cfg_vrrp_find(const View &v, int mode, int32_t vid, uint32_t vrid, sw_vrrp_router_t *out);
@@ -56,7 +56,7 @@ Switch::FrrImport import_frr(View &v, const std::string &routes_json, const std:
                              const std::vector<std::pair<std::string, int>> &vlans);
 }  // namespace ops
 
-std::vector<sw_ip_addr_t> ip_addrs(const View &v);
+std::vector<sw_ip_iface_t> ip_addrs(const View &v);
 std::vector<sw_route_t> routes(const View &v);
 std::vector<sw_ospf_nbr_t> ospf_neighbors(const View &v);
 std::vector<sw_ospf_lsa_t> ospf_lsas(const View &v);
@@ -70,7 +70,7 @@ std::string damage(const View &v);
 // The routing calls for the platform's call catalogue (contract.cpp):
 // X(return type, name, parameters, arguments, result while no state is open).
 #define SWSIM_ROUTING_CALLS(X)                                                                          \
-    X(int, cfg_ip_addr_find, (int mode, uint32_t addr, sw_ip_addr_t *out), (mode, addr, out), -1)       \
+    X(int, cfg_ip_addr_find, (int mode, uint32_t addr, sw_ip_iface_t *out), (mode, addr, out), -1)       \
     X(int, cfg_route_find, (int mode, uint32_t dest, uint32_t prefix_len, uint32_t next_hop, sw_route_t *out), \
       (mode, dest, prefix_len, next_hop, out), -1)                                                      \
     X(int, cfg_route_count, (void), (), -1)                                                             \

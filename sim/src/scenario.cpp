@@ -3,10 +3,12 @@
 // Every field is checked as it is read; a problem is reported as
 // "ORIGIN: FIELD.PATH: problem" and nothing is written to the state path.
 #include <fstream>
+#include <algorithm>
 #include <initializer_list>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <netinet/in.h>
 #include <unistd.h>
 
 #include "chassis.hpp"
@@ -20,6 +22,8 @@
 #include "state_install.hpp"
 #include "vlans.hpp"
 #include "traffic.hpp"
+#include "services.hpp"
+#include "traps.hpp"
 #include "util.hpp"
 
 namespace swsim {
@@ -40,7 +44,7 @@ public:
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
                             "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp",
-                            "routing"});
+                            "routing", "traps", "services"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -53,6 +57,7 @@ public:
             default_vlan();
         vlans::boot_defaults(v_);
         if (root.has("vlan_settings")) vlan_settings(root.at("vlan_settings"));
+        services(root.has("services") ? root.at("services") : empty("services"));
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         port_controls(root);
@@ -62,6 +67,7 @@ public:
         chassis(root.has("chassis") ? root.at("chassis") : empty("chassis"));
         lldp::scenario(v_, root.has("lldp") ? root.at("lldp") : empty("lldp"), [this](const Field &f) { return select(f); });
         routing::build(v_, root.has("routing") ? root.at("routing") : empty("routing"));
+        if (root.has("traps")) traps(root.at("traps"));
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
         s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;
@@ -837,6 +843,56 @@ private:
             chassis::ops::set_load(v_, u, load);
             chassis::ops::set_temperature(v_, u, int(f.integer("temperature_c", -40, 125, c.temperature_c)));
         }
+    }
+
+    // ---- management services ----
+
+    // Keys are the names of Switch::service_settings() (a value, or true and
+    // false for on and off) and Switch::service_lists() (an array), and
+    // ssh_keys: false for a switch without host keys.
+    void services(const Field &f) {
+        services::defaults(v_);
+        if (!f.is_object()) f.fail("must be an object");
+        auto known = [](const std::vector<Switch::ServiceSetting> &table, const std::string &key) {
+            return std::any_of(table.begin(), table.end(), [&](const auto &s) { return s.name == key; });
+        };
+        for (auto it = f.raw().begin(); it != f.raw().end(); ++it) {
+            const std::string key = it.key();
+            const Field item = f.at(key.c_str());
+            if (key == "ssh_keys") {
+                if (!item.boolean()) services::ssh_keys(v_, "both", false);
+            } else if (known(services::settings(), key)) {
+                const json &j = item.raw();
+                const std::string value = j.is_boolean() ? (j.get<bool>() ? "on" : "off")
+                                          : j.is_number_integer() ? std::to_string(j.get<int64_t>())
+                                                                  : item.text(64);
+                at_field(item, [&] { services::set(v_, key, value); });
+            } else if (known(services::lists(), key)) {
+                for (const Field &value : item.items()) {
+                    const std::string text = value.text(INET6_ADDRSTRLEN);
+                    at_field(value, [&] { services::list_add(v_, key, text); });
+                }
+            } else {
+                item.fail("unknown field");
+            }
+        }
+    }
+
+    // ---- trap destinations ----
+
+    void traps(const Field &f) {
+        f.expect_object({"port", "beyond_loopback", "destinations"});
+        if (f.has("port")) traps::ops::set_port(v_, int(f.at("port").integer(1, 65535)));
+        traps::ops::set_beyond_loopback(v_, f.boolean("beyond_loopback", false));
+        if (f.has("destinations"))
+            for (const Field &d : f.at("destinations").items()) {
+                d.expect_object({"address", "community", "version"});
+                if (!d.has("address")) d.fail("needs an address");
+                const std::string address = d.at("address").text(INET6_ADDRSTRLEN);
+                const std::string community = d.text("community", SW_TRAP_COMMUNITY_SIZE - 1, "public");
+                const int version = int(d.integer("version", SW_TRAP_V1, SW_TRAP_V2C, SW_TRAP_V2C));
+                at_field(d, [&] { traps::ops::add_destination(v_, address, community, version); });
+            }
     }
 
     std::vector<std::pair<int, int>> user_ports(const Field &f) {

@@ -8,6 +8,8 @@
 #include "owner.hpp"
 #include "swplatform/records_l2proto.hpp"
 #include "routing.hpp"
+#include "services.hpp"
+#include "traps.hpp"
 
 namespace swsim {
 namespace {
@@ -236,6 +238,7 @@ const Check kChecks[] = {
     {"image", image_l2proto},       {"hardware", hardware_l2proto}, {"hardware", hardware_lacp},
     {"stats", stats_writers},       {"fdb", fdb_entries},           {"hardware", hardware_chassis},
     {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
+    {"image", traps::damage},       {"image", services::damage},
 };
 
 }  // namespace

@@ -77,6 +77,15 @@ std::vector<std::string> expected_exports() {
 #undef LLDP_TABLE
 #undef LLDP_SCALAR
     names.push_back("init_lldp");
+    // The start-up functions of the module (cfg_init is the platform's).
+#define SA_X_STEP_ON(fn) \
+    if (std::string(#fn) != "cfg_init") names.push_back(#fn);
+#define SA_X_STEP_LATER(fn)
+#define STEP(fn, state) SA_X_STEP_##state(fn)
+#define TABLE_STEP(table)
+#include "agent/startup.def"
+#undef STEP
+#undef TABLE_STEP
     return names;
 }
 

@@ -530,12 +530,28 @@ protected:
     void edge_value(const Target &target, const SetValue &v) {
         Request q{Request::kSet, {v}, 0, 0};
         Response r;
+        if (v.type == kIpAddress && v.bytes.size() != 4) {
+            // net-snmp's decoder discards a message whose IpAddress is not
+            // four octets before any handler sees it; the agent goes on and
+            // the object keeps its value.
+            const std::optional<VarBind> before = read(target.oid);
+            Session quick_reader(this->agent().port(), "public", 300, 0);
+            Session quick_writer(this->agent().port(), "private", 300, 0);
+            r = q.send(quick_reader, quick_writer);
+            if (r.answered) {
+                EXPECT_EQ(r.error_status, kWrongLength) << q.describe();
+            }
+            if (!answering()) recover(q.describe());
+            const std::optional<VarBind> after = read(target.oid);
+            if (before && after) {
+                EXPECT_TRUE(same(*before, *after)) << q.describe() << "\nnow " << describe(*after);
+            }
+            return;
+        }
         if (!exchange(q, &r)) return;
         const bool numeric = v.type != kOctetString && v.type != kIpAddress && v.type != kObjectId;
         if (numeric && target.range.bounded && (v.integer < target.range.lo || v.integer > target.range.hi))
             EXPECT_EQ(r.error_status, kWrongValue) << q.describe();
-        else if (v.type == kIpAddress && v.bytes.size() != 4)
-            EXPECT_EQ(r.error_status, kWrongLength) << q.describe();
         else if (v.type == kOctetString && target.range.bounded &&
                  (int64_t(v.bytes.size()) < target.range.lo || int64_t(v.bytes.size()) > target.range.hi))
             EXPECT_EQ(r.error_status, kWrongLength) << q.describe();
@@ -554,10 +570,16 @@ TEST_F(Sets, EveryTypeAndEdgeValueToEveryWritableObject) {
     model_ = Model::read(reader(), 3);
     const std::vector<Target> all = targets(true);
     ASSERT_FALSE(all.empty());
-    for (const Target &target : all) {
+    // Clocks and counters: objects whose value moves by itself over a second
+    // and more.
+    std::vector<std::optional<VarBind>> first;
+    for (const Target &target : all) first.push_back(read(target.oid));
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    for (size_t i = 0; i < all.size(); ++i) {
+        const Target &target = all[i];
         SCOPED_TRACE(target.name);
-        const std::optional<VarBind> first = read(target.oid), second = read(target.oid);
-        const bool stable = first && second && same(*first, *second);  // not a clock
+        const std::optional<VarBind> second = read(target.oid);
+        const bool stable = first[i] && second && same(*first[i], *second);
         std::string wrong;
         for (uint8_t type : kSetTypes)
             if (type != target.type && !given_up_) wrong += wrong_type(target, type, stable);

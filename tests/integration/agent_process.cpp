@@ -29,9 +29,6 @@ extern char **environ;
 
 namespace it {
 
-namespace {
-
-// A loopback UDP port that nothing is bound to right now.
 uint16_t free_udp_port() {
     const int fd = socket(AF_INET, SOCK_DGRAM, 0);
     sockaddr_in a{};
@@ -45,6 +42,8 @@ uint16_t free_udp_port() {
     if (!bound) throw std::runtime_error("no free UDP port: " + why);
     return ntohs(a.sin_port);
 }
+
+namespace {
 
 std::string read_file(const std::string &path) {
     std::ifstream in(path);

@@ -12,6 +12,9 @@
 
 namespace it {
 
+// A loopback UDP port that nothing is bound to right now.
+uint16_t free_udp_port();
+
 class AgentProcess {
 public:
     // Creates the directory and the switch state from the scenario (a path

@@ -80,6 +80,8 @@ struct SetValue {
 
     static SetValue integer32(Oid oid, int64_t value) { return {std::move(oid), kInteger, value, {}, {}}; }
     static SetValue octets(Oid oid, std::string value) { return {std::move(oid), kOctetString, 0, std::move(value), {}}; }
+    // An IpAddress from its four octets.
+    static SetValue address(Oid oid, std::string octets) { return {std::move(oid), kIpAddress, 0, std::move(octets), {}}; }
 };
 
 // An SNMPv3 user of the User-based Security Model: SHA authentication, and

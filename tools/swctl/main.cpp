@@ -21,6 +21,7 @@
 #include "verbs.hpp"
 #include "lldp.hpp"
 #include "routing_commands.hpp"
+#include "services.hpp"
 
 namespace {
 
@@ -305,6 +306,8 @@ public:
             [](const std::string &text) { return std::make_pair(parse_port(text).unit0, parse_port(text).port0); });
         swctl::add_routing_commands(app_, [this](CLI::App *parent, const std::string &name, const std::string &help,
                                                  Action act) { return add(parent, name, help, act); });
+        swctl::add_services(app_, [this](CLI::App *parent, const std::string &name, const std::string &help,
+                                         Action act) { return add(parent, name, help, std::move(act)); });
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 
@@ -410,8 +413,8 @@ private:
     void add_show() {
         static const std::map<std::string, void (*)(const swsim::Switch &)> views = {
             {"system", show_system}, {"units", show_units}, {"ports", show_ports},
-            {"trunks", show_trunks}, {"vlans", show_vlans}, {"fdb", show_fdb}};
-        auto *cmd = add("show", "Show the switch: units, ports, trunks, vlans, fdb or system (default)",
+            {"trunks", show_trunks}, {"vlans", show_vlans}, {"fdb", show_fdb}, {"services", swctl::show_services}};
+        auto *cmd = add("show", "Show the switch: units, ports, trunks, vlans, fdb, services or system (default)",
                         [this](swsim::Switch &sw) {
                             if (what_ != "all") return views.at(what_)(sw);
                             for (auto &[name, view] : views) {
@@ -421,7 +424,7 @@ private:
                             }
                         });
         cmd->add_option("what", what_, "What to show")
-            ->check(CLI::IsMember({"system", "units", "ports", "trunks", "vlans", "fdb", "all"}))
+            ->check(CLI::IsMember({"system", "units", "ports", "trunks", "vlans", "fdb", "services", "all"}))
             ->default_val("system");
     }
 

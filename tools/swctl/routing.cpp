@@ -107,7 +107,7 @@ void add_routing_commands(CLI::App &app, const AddCommand &add) {
     auto *ipaddr = app.add_subcommand("ipaddr", "Addresses of VLAN interfaces (each with its connected route)");
     ipaddr->require_subcommand(1);
     add(ipaddr, "show", "Every address", [](swsim::Switch &sw) {
-        for (const sw_ip_addr_t &a : sw.ip_addrs())
+        for (const sw_ip_iface_t &a : sw.ip_addrs())
             std::printf("vlan %-5d %s/%d\n", a.vid, addr_text(a.addr).c_str(), ip_mask_to_prefix(a.mask));
     });
     auto *iadd = add(ipaddr, "add", "Give a VLAN interface an address", [o](swsim::Switch &sw) {

@@ -94,6 +94,8 @@ typedef struct sw_status {
     uint8_t vlan_changed_static;   /* the static VLAN table */
     uint8_t vlan_changed_private;  /* the private VLAN table */
     uint8_t reserved[3];
+    /* Name servers in use, IPv4 in host order (0: none): primary, secondary. */
+    uint32_t dns_servers[2];
 } sw_status_t;
 
 /* The status block lives in memory shared with the platform; the pointer
@@ -264,3 +266,5 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 
 #include "swplatform/traffic.h"
 #include "swplatform/routing.h"
+#include "swplatform/traps.h"
+#include "swplatform/services.h"

@@ -33,14 +33,14 @@ extern "C" {
 
 /* ---- IP interfaces: key (addr) --------------------------------------------- */
 
-typedef struct sw_ip_addr {
+typedef struct sw_ip_iface {
     uint32_t addr;
     uint32_t mask;
     int32_t vid;         /* the VLAN interface that holds it */
     uint32_t reasm_max;  /* largest datagram it reassembles, bytes */
-} sw_ip_addr_t;
+} sw_ip_iface_t;
 
-int cfg_ip_addr_find(int mode, uint32_t addr, sw_ip_addr_t *out);
+int cfg_ip_addr_find(int mode, uint32_t addr, sw_ip_iface_t *out);
 
 /* ---- Routing table: key (dest, prefix_len, next_hop) -------------------------
  * The routes the switch forwards by, one per destination prefix and next

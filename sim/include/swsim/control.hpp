@@ -296,6 +296,78 @@ public:
     static int lacp_counter_number(const std::string &name);  // throws Error
     sw_lacp_port_t lacp_port(int unit0, int port0) const;
 
+    // ---- trap service ----
+    // Trap destinations (at most SW_TRAP_DESTS), the UDP port they listen on
+    // (162 unless set), whether notifications may leave this machine, and
+    // what the service has sent.
+    struct TrapDestInfo {
+        int slot = 0;
+        std::string address, community;
+        int version = 0;    // SW_TRAP_V1 or SW_TRAP_V2C
+        uint64_t sent = 0;  // datagrams sent to it
+    };
+    struct TrapInfo {
+        int port = 0;
+        std::vector<TrapDestInfo> destinations;  // slots in use, in slot order
+        uint64_t notifications = 0;  // raised since the switch booted
+        uint64_t failed = 0;         // datagrams the network refused
+        uint64_t withheld = 0;       // datagrams for destinations beyond loopback
+        bool beyond_loopback = false;
+    };
+    void trap_add(const std::string &address, const std::string &community = "public", int version = SW_TRAP_V2C);
+    void trap_remove(const std::string &address);
+    void set_trap_port(int port);
+    // A simulated switch sends to loopback destinations only, and counts
+    // the datagrams it withholds from the others, until this allows them.
+    void set_trap_beyond_loopback(bool allowed);
+    TrapInfo traps() const;
+    // A management service of the platform (SW_SERVICE_*) refused a login:
+    // the platform raises authenticationFailure.
+    void report_login_failure(int service, const std::string &peer);
+    // The RMON engine saw an alarm cross a threshold: the platform raises
+    // risingAlarm or fallingAlarm.
+    struct RmonAlarmNotice {
+        int32_t alarm_index = 1;
+        bool rising = true;
+        std::vector<uint32_t> variable;  // the sampled object's OID
+        int32_t sample_type = SW_RMON_DELTA;
+        int32_t value = 0;
+        int32_t threshold = 0;
+    };
+    void report_rmon_alarm(const RmonAlarmNotice &alarm);
+
+    // ---- management services ----
+    struct ServicesInfo {
+        bool dhcp = false;                            // the address comes from DHCP
+        uint32_t address = 0, mask = 0, gateway = 0;  // IPv4, host order
+        uint32_t dns[2] = {};                         // name servers in use
+        bool http = false, https = false, telnet = false, ssh = false;
+        int http_port = 0, https_port = 0, ssh_timeout = 0;
+        std::string ssh_rsa_key, ssh_dsa_key;  // "" none
+        std::vector<std::string> filters[4];   // http, ssh, snmp, telnet: slots in use
+        bool sntp = false;
+        int sntp_interval = 0;
+        std::vector<std::string> sntp_servers;
+        bool syslog = false, remote_log = false;
+        int flash_level = 0, ram_level = 0, remote_level = 0;
+        int remote_facility = 0;  // configured
+        int daemon_facility = 0;  // the log daemon's, as last handed over
+        std::vector<std::string> log_servers;  // IPv4 and IPv6
+    };
+    // A setting or list of the services and what it accepts.
+    struct ServiceSetting {
+        std::string name, accepts;
+    };
+    ServicesInfo services() const;
+    // By name (service_settings(), service_lists()); the value as text.
+    void service_set(const std::string &setting, const std::string &value);
+    void service_add(const std::string &list, const std::string &value);
+    void service_remove(const std::string &list, const std::string &value);
+    // SSH host keys: kind "rsa", "dsa" or "both"; made anew or deleted.
+    void ssh_keys(const std::string &kind, bool create);
+    static const std::vector<ServiceSetting> &service_settings();
+    static const std::vector<ServiceSetting> &service_lists();
+
     struct Impl;
 
 private:
@@ -468,7 +540,7 @@ public:
     };
     void ip_addr_add(int vid, uint32_t addr, int prefix_len);
     void ip_addr_remove(uint32_t addr);
-    std::vector<sw_ip_addr_t> ip_addrs() const;
+    std::vector<sw_ip_iface_t> ip_addrs() const;
     void route_add(const Route &route);  // replaces a route with the same prefix and next hop
     void route_remove(uint32_t dest, int prefix_len, uint32_t next_hop);
     std::vector<sw_route_t> routes() const;
