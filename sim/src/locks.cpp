@@ -45,8 +45,6 @@ struct Binding {
 
 namespace {
 
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "futexes sleep on the low half of a word");
-
 constexpr uint64_t k22 = owner::kFieldMask;  // pid and token fields
 constexpr uint64_t kSleepers = uint64_t(1) << 31;
 constexpr uint64_t kCount = (uint64_t(1) << 20) - 1;
@@ -84,14 +82,22 @@ bool cas(uint64_t &w, uint64_t expect, uint64_t want) {
     return __atomic_compare_exchange_n(&w, &expect, want, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
 }
 
+// The low 32 bits of a word, where sleepers wait (the sleeper flag and the
+// reader count live there): the first four bytes of the word on a
+// little-endian machine, the last four on a big-endian one.
+uint32_t *low_half(uint64_t &w) {
+    constexpr int kLowHalf = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__ ? 1 : 0;
+    return reinterpret_cast<uint32_t *>(&w) + kLowHalf;
+}
+
 // Sleeps while the low half of `w` reads as the low half of `seen`; false
 // if it slept the whole patience (time to look at the owners).
 bool sleep_on(uint64_t &w, uint64_t seen) {
     timespec patience{0, kPatienceNs};
-    return syscall(SYS_futex, &w, FUTEX_WAIT, uint32_t(seen), &patience, nullptr, 0) == 0 ||
+    return syscall(SYS_futex, low_half(w), FUTEX_WAIT, uint32_t(seen), &patience, nullptr, 0) == 0 ||
            errno != ETIMEDOUT;
 }
-void wake_all(uint64_t &w) { syscall(SYS_futex, &w, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0); }
+void wake_all(uint64_t &w) { syscall(SYS_futex, low_half(w), FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0); }
 
 // Waits a while for the writer `w` (non-zero) to leave; frees the word if
 // the writer has died.
