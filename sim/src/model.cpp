@@ -93,8 +93,7 @@ constexpr std::array<StatDef, SW_MAX_STATISTIC> kStats = make_catalogue();
 uint64_t own_value(const CounterState &pc, int stat, uint64_t now) {
     const layout::Counter &c = pc.c[stat];
     if (!pc.running || now <= pc.checkpoint_ns) return c.base;
-    unsigned __int128 grown = (unsigned __int128)c.rate_micro * (now - pc.checkpoint_ns) / 1'000'000'000'000'000ull;
-    return c.base + uint64_t(grown);
+    return c.base + mul_div(c.rate_micro, now - pc.checkpoint_ns, 1'000'000'000'000'000ull);
 }
 
 uint64_t value_of(const CounterState &pc, int stat, uint64_t now) {
