@@ -22,8 +22,11 @@
 // Fields are host-endian except inside the image's fixed areas.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
+#include <limits>
 
 #include "swplatform/platform.h"
 #include "swplatform/records.hpp"
@@ -108,8 +111,9 @@ inline constexpr uint32_t kHotEpochUnit = 8;  // bits 3-31 count arming steps
 inline constexpr uint32_t kHotWatched = kHotJournal | kHotFaults;
 
 // The switch clock stays within 0 .. kMaxClockS seconds (the end of the
-// year 9999), so clock_offset_s is never more than that either way.
-inline constexpr int64_t kMaxClockS = 253402300799;
+// year 9999, or the last second a time_t holds: 19 January 2038 where it is
+// 32 bits wide), so clock_offset_s is never more than that either way.
+inline constexpr int64_t kMaxClockS = std::min<int64_t>(253402300799, std::numeric_limits<time_t>::max());
 
 struct Runtime {
     uint32_t hot;
