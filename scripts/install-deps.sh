@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what building, running and testing the agent need on a fresh
-# Debian machine.  Needs root for apt; does nothing when all is present.
+# Debian machine, and the packages named as arguments (the cross builds' own:
+# scripts/cross-deps.sh).  Needs root for apt; does nothing when all is present.
 set -euo pipefail
 
 packages=(
@@ -11,6 +12,7 @@ packages=(
   nlohmann-json3-dev libcli11-dev    # scenarios and the control tool
   smitools                           # smilint for the private MIB text
   python3
+  "$@"
 )
 
 missing=()
