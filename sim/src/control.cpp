@@ -7,6 +7,7 @@
 #include "l2proto.hpp"
 #include "locks.hpp"
 #include "model.hpp"
+#include "shared_atomic.hpp"
 #include "traffic.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -114,7 +115,7 @@ void Switch::set_port_speed(int unit0, int port0, int mbps) {
 void Switch::set_clock_offset(int64_t seconds) {
     if (seconds < -layout::kMaxClockS || seconds > layout::kMaxClockS)
         throw Error("clock offset " + std::to_string(seconds) + " s would take the clock past the years 1970 .. 9999");
-    impl_->change([&](View &v) { __atomic_store_n(&v.rt->clock_offset_s, seconds, __ATOMIC_RELAXED); });
+    impl_->change([&](View &v) { shared::store(v.rt->clock_offset_s, int64_t(seconds), __ATOMIC_RELAXED); });
 }
 
 // ---- faults and journal ------------------------------------------------------------------

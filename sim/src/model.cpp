@@ -8,6 +8,7 @@
 #include "crash.hpp"
 #include "ifaces.hpp"
 #include "owner.hpp"
+#include "shared_atomic.hpp"
 #include "util.hpp"
 
 namespace swsim::model {
@@ -156,18 +157,18 @@ class CounterWriter {
 public:
     explicit CounterWriter(PortCounters &pc) : pc_(pc), me_(owner::self().word()) {
         for (owner::Backoff wait;;) {
-            uint64_t w = __atomic_load_n(&pc.writer, __ATOMIC_ACQUIRE);
+            uint64_t w = shared::load(pc.writer, __ATOMIC_ACQUIRE);
             if (w == 0 ? claim(0) : wait.pause() && owner::dead(w) && claim(w)) break;
         }
         if (load_seq(pc) & 1) finish_copy(pc);
     }
-    ~CounterWriter() { __atomic_store_n(&pc_.writer, uint64_t(0), __ATOMIC_RELEASE); }
+    ~CounterWriter() { shared::store(pc_.writer, uint64_t{0}, __ATOMIC_RELEASE); }
     CounterWriter(const CounterWriter &) = delete;
     CounterWriter &operator=(const CounterWriter &) = delete;
 
 private:
     bool claim(uint64_t from) {
-        return __atomic_compare_exchange_n(&pc_.writer, &from, me_, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+        return shared::cas(pc_.writer, from, me_, __ATOMIC_ACQ_REL);
     }
     PortCounters &pc_;
     uint64_t me_;
