@@ -9,7 +9,9 @@ set(OPENSSL_CRYPTO_LIBRARY ${SWITCH_TARGET_ROOT}/lib/libcrypto.a CACHE FILEPATH 
 set(OPENSSL_USE_STATIC_LIBS TRUE)
 set(SWITCH_NETSNMP OFF CACHE BOOL "no net-snmp for this target")
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-ppc -L /usr/${SWITCH_TRIPLE})
-# 64-bit atomic operations are library calls on this processor (libatomic),
-# in the simulator and in OpenSSL's libcrypto.
+# This processor has no 64-bit atomic instructions: the compiler calls
+# libatomic for them (OpenSSL's libcrypto needs it).  Its locks are private to
+# one process, so the simulator's words shared between processes do not use
+# it (sim/src/shared_atomic.hpp).
 set(CMAKE_C_STANDARD_LIBRARIES -latomic)
 set(CMAKE_CXX_STANDARD_LIBRARIES -latomic)
