@@ -31,10 +31,15 @@ if command -v ccache >/dev/null; then
   export CCACHE_BASEDIR=$top CCACHE_NOHASHDIR=true
 fi
 
+# The native build's optimisation (and so its warnings), without debug
+# information (with it a file takes 1.5 to 1.8 times as long to compile here).
+flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O2 -DNDEBUG"
+       "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O2 -DNDEBUG")
+[ -z "${BUILD_TYPE:-}" ] || flags=(-DCMAKE_BUILD_TYPE="$BUILD_TYPE")
+
 echo "== build $build ($triple)"
 cmake -S "$top" -B "$build" -DCMAKE_TOOLCHAIN_FILE="$top/cmake/toolchains/$triple.cmake" \
-      -DSWITCH_TARGET_ROOT="$root" -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" \
-      "${launcher[@]}" >/dev/null
+      -DSWITCH_TARGET_ROOT="$root" "${flags[@]}" "${launcher[@]}" >/dev/null
 cmake --build "$build" -j"$(nproc)"
 
 echo "== test $build ($triple)"
