@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what building, running and testing the agent need on a fresh
-# Debian machine.  Needs root for apt; does nothing when all is present.
+# Debian machine, and the packages named as arguments (the cross builds' own:
+# scripts/cross-deps.sh).  Needs root for apt; does nothing when all is present.
 set -euo pipefail
 
 packages=(
@@ -12,6 +13,7 @@ packages=(
   smitools                           # smilint for the private MIB text
   lldpd iproute2                     # a real LLDP peer in network namespaces (LLDP tests)
   python3
+  "$@"
 )
 
 missing=()

@@ -32,6 +32,7 @@
 #include "ifaces.hpp"
 #include "locks.hpp"
 #include "model.hpp"
+#include "shared_atomic.hpp"
 #include "traffic.hpp"
 #include "traps.hpp"
 #include "services.hpp"
@@ -289,12 +290,13 @@ uint64_t uptime_cs(const View &v) { return uptime_units(v, 10'000'000); }
 
 // The offset is kept within the clock's range (a damaged one as well).
 time_t sys_clock_get(const View &v) {
-    const int64_t offset = __atomic_load_n(&v.rt->clock_offset_s, __ATOMIC_RELAXED);
-    return time(nullptr) + time_t(std::clamp(offset, -layout::kMaxClockS, layout::kMaxClockS));
+    const int64_t offset = shared::load(v.rt->clock_offset_s, __ATOMIC_RELAXED);
+    const int64_t now = int64_t(time(nullptr)) + std::clamp(offset, -layout::kMaxClockS, layout::kMaxClockS);
+    return time_t(std::min(now, layout::kMaxClockS));
 }
 int sys_clock_set(const View &v, time_t t) {
     if (t < 0 || t > layout::kMaxClockS) return -1;
-    __atomic_store_n(&v.rt->clock_offset_s, int64_t(t - time(nullptr)), __ATOMIC_RELAXED);
+    shared::store(v.rt->clock_offset_s, int64_t(t - time(nullptr)), __ATOMIC_RELAXED);
     return 0;
 }
 

@@ -10,6 +10,7 @@
 #include "locks.hpp"
 #include "model.hpp"
 #include "routing.hpp"
+#include "shared_atomic.hpp"
 #include "traffic.hpp"
 #include "services.hpp"
 #include "traps.hpp"
@@ -126,7 +127,7 @@ void Switch::set_port_speed(int unit0, int port0, int mbps) {
 void Switch::set_clock_offset(int64_t seconds) {
     if (seconds < -layout::kMaxClockS || seconds > layout::kMaxClockS)
         throw Error("clock offset " + std::to_string(seconds) + " s would take the clock past the years 1970 .. 9999");
-    impl_->change([&](View &v) { __atomic_store_n(&v.rt->clock_offset_s, seconds, __ATOMIC_RELAXED); });
+    impl_->change([&](View &v) { shared::store(v.rt->clock_offset_s, int64_t(seconds), __ATOMIC_RELAXED); });
 }
 
 // ---- faults and journal ------------------------------------------------------------------

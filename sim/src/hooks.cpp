@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "crash.hpp"
+#include "shared_atomic.hpp"
 #include "util.hpp"
 
 namespace swsim::hooks {
@@ -118,34 +119,33 @@ bool journal_enabled(const layout::Runtime &rt) { return hot(&rt.hot) & layout::
 // Each slot is a small seqlock: the stamp is zero while the slot is being
 // written and the entry's sequence number once it is complete.
 void journal_append(const View &v, const char *call, const char *args) {
-    uint64_t seq = __atomic_add_fetch(&v.rt->journal_last, 1, __ATOMIC_RELAXED);
+    uint64_t seq = shared::add_fetch(v.rt->journal_last, uint64_t{1}, __ATOMIC_RELAXED);
     layout::JournalSlot &slot = v.journal->slots[seq % layout::kJournalSlots];
-    __atomic_store_n(&slot.stamp, uint64_t(0), __ATOMIC_RELAXED);
+    shared::store(slot.stamp, uint64_t{0}, __ATOMIC_RELAXED);
     __atomic_thread_fence(__ATOMIC_RELEASE);
     copy_text(slot.call, sizeof slot.call, call);
     crash::point(crash::kJournalWriting);
     copy_text(slot.args, sizeof slot.args, args);
-    __atomic_store_n(&slot.stamp, seq, __ATOMIC_RELEASE);
+    shared::store(slot.stamp, seq, __ATOMIC_RELEASE);
 }
 
 void journal_clear(layout::Runtime &rt) {
-    __atomic_store_n(&rt.journal_cleared, __atomic_load_n(&rt.journal_last, __ATOMIC_ACQUIRE),
-                     __ATOMIC_RELEASE);
+    shared::store(rt.journal_cleared, shared::load(rt.journal_last, __ATOMIC_ACQUIRE), __ATOMIC_RELEASE);
 }
 
 std::vector<JournalEntry> journal_read(const View &v) {
-    uint64_t cleared = __atomic_load_n(&v.rt->journal_cleared, __ATOMIC_ACQUIRE);
-    uint64_t last = __atomic_load_n(&v.rt->journal_last, __ATOMIC_ACQUIRE);
+    uint64_t cleared = shared::load(v.rt->journal_cleared, __ATOMIC_ACQUIRE);
+    uint64_t last = shared::load(v.rt->journal_last, __ATOMIC_ACQUIRE);
     // At most one ring's worth after the cleared mark, whatever the words say.
     const uint64_t shown = std::min<uint64_t>(last > cleared ? last - cleared : 0, layout::kJournalSlots);
     std::vector<JournalEntry> out;
     for (uint64_t seq = last - shown + 1, n = 0; n < shown; ++seq, ++n) {
         const layout::JournalSlot &slot = v.journal->slots[seq % layout::kJournalSlots];
-        if (__atomic_load_n(&slot.stamp, __ATOMIC_ACQUIRE) != seq) continue;
+        if (shared::load(slot.stamp, __ATOMIC_ACQUIRE) != seq) continue;
         JournalEntry e{seq, text_of(slot.call),
                        text_of(slot.args)};
         __atomic_thread_fence(__ATOMIC_ACQUIRE);
-        if (__atomic_load_n(&slot.stamp, __ATOMIC_RELAXED) == seq) out.push_back(std::move(e));
+        if (shared::load(slot.stamp, __ATOMIC_RELAXED) == seq) out.push_back(std::move(e));
     }
     return out;
 }

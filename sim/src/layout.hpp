@@ -22,8 +22,11 @@
 // Fields are host-endian except inside the image's fixed areas.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
+#include <limits>
 
 #include "swplatform/platform.h"
 #include "swplatform/records.hpp"
@@ -57,6 +60,12 @@ inline constexpr std::size_t kJournalArgsSize = 208;
 inline constexpr std::size_t kLockBase = 2048;
 inline constexpr int kLockReaderSlots = 63;
 
+// The 64-bit words that processes change with atomic operations are
+// declared kShared: aligned to their size on every host.  32-bit x86 aligns a
+// uint64_t to 4 bytes only, and an atomic operation on a word that straddles
+// a cache line is not atomic (a load) or a split lock that the kernel may trap.
+inline constexpr std::size_t kShared = 8;
+
 // writer:     0 free, else the holder (or the writer waiting for readers to
 //             leave): pid in bits 0-21, bit 31 set while others sleep on it,
 //             the holder's start-time token in bits 32-53.
@@ -64,8 +73,8 @@ inline constexpr int kLockReaderSlots = 63;
 //             20-41, start-time token in bits 42-63; 0 unclaimed.
 // Sleepers wait on the low 32 bits of a word (a futex).
 struct SharedLock {
-    uint64_t writer;
-    uint64_t readers[kLockReaderSlots];
+    alignas(kShared) uint64_t writer;
+    alignas(kShared) uint64_t readers[kLockReaderSlots];
 };
 
 enum Section : uint32_t { kRuntime, kStatus, kImage, kHardware, kStats, kFdb, kJournal, kSectionCount };
@@ -113,16 +122,17 @@ inline constexpr uint32_t kHotEpochUnit = 8;  // bits 3-31 count arming steps
 inline constexpr uint32_t kHotWatched = kHotJournal | kHotFaults;
 
 // The switch clock stays within 0 .. kMaxClockS seconds (the end of the
-// year 9999), so clock_offset_s is never more than that either way.
-inline constexpr int64_t kMaxClockS = 253402300799;
+// year 9999, or the last second a time_t holds: 19 January 2038 where it is
+// 32 bits wide), so clock_offset_s is never more than that either way.
+inline constexpr int64_t kMaxClockS = std::min<int64_t>(253402300799, std::numeric_limits<time_t>::max());
 
 struct Runtime {
     uint32_t hot;
     uint32_t reserved;
-    int64_t clock_offset_s;    // switch clock minus machine clock
+    alignas(kShared) int64_t clock_offset_s;    // switch clock minus machine clock
     int64_t boot_realtime_ns;  // when the switch "booted" (state created)
-    uint64_t journal_last;     // last sequence number handed out
-    uint64_t journal_cleared;  // entries up to this number are hidden
+    alignas(kShared) uint64_t journal_last;     // last sequence number handed out
+    alignas(kShared) uint64_t journal_cleared;  // entries up to this number are hidden
     FaultSlot faults[kFaultSlots];
 };
 
@@ -234,7 +244,7 @@ struct CounterState {
 struct PortCounters {
     uint32_t seq;
     uint32_t reserved;
-    uint64_t writer;  // owner word (owner.hpp) of the writer, 0 none
+    alignas(kShared) uint64_t writer;  // owner word (owner.hpp) of the writer, 0 none
     CounterState live;
     CounterState next;
 };
@@ -264,7 +274,7 @@ struct Fdb {
 // ---- journal --------------------------------------------------------------------
 
 struct JournalSlot {
-    uint64_t stamp;  // sequence number once complete, 0 while written
+    alignas(kShared) uint64_t stamp;  // sequence number once complete, 0 while written
     char call[kCallNameSize];
     char args[kJournalArgsSize];
 };

@@ -21,6 +21,7 @@
 
 #include "crash.hpp"
 #include "owner.hpp"
+#include "shared_atomic.hpp"
 #include "swsim/control.hpp"
 
 namespace swsim::locks {
@@ -44,8 +45,6 @@ struct Binding {
 };
 
 namespace {
-
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "futexes sleep on the low half of a word");
 
 constexpr uint64_t k22 = owner::kFieldMask;  // pid and token fields
 constexpr uint64_t kSleepers = uint64_t(1) << 31;
@@ -79,19 +78,25 @@ owner::Id self() {
 
 // ---- words in the shared page -------------------------------------------------------
 
-uint64_t load(const uint64_t &w) { return __atomic_load_n(&w, __ATOMIC_SEQ_CST); }
-bool cas(uint64_t &w, uint64_t expect, uint64_t want) {
-    return __atomic_compare_exchange_n(&w, &expect, want, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+uint64_t load(const uint64_t &w) { return shared::load(w); }
+bool cas(uint64_t &w, uint64_t expect, uint64_t want) { return shared::cas(w, expect, want); }
+
+// The low 32 bits of a word, where sleepers wait (the sleeper flag and the
+// reader count live there): the first four bytes of the word on a
+// little-endian machine, the last four on a big-endian one.
+uint32_t *low_half(uint64_t &w) {
+    constexpr int kLowHalf = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__ ? 1 : 0;
+    return reinterpret_cast<uint32_t *>(&w) + kLowHalf;
 }
 
 // Sleeps while the low half of `w` reads as the low half of `seen`; false
 // if it slept the whole patience (time to look at the owners).
 bool sleep_on(uint64_t &w, uint64_t seen) {
     timespec patience{0, kPatienceNs};
-    return syscall(SYS_futex, &w, FUTEX_WAIT, uint32_t(seen), &patience, nullptr, 0) == 0 ||
+    return syscall(SYS_futex, low_half(w), FUTEX_WAIT, uint32_t(seen), &patience, nullptr, 0) == 0 ||
            errno != ETIMEDOUT;
 }
-void wake_all(uint64_t &w) { syscall(SYS_futex, &w, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0); }
+void wake_all(uint64_t &w) { syscall(SYS_futex, low_half(w), FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0); }
 
 // Waits a while for the writer `w` (non-zero) to leave; frees the word if
 // the writer has died.
@@ -104,7 +109,7 @@ void await_writer(SharedLock &l, uint64_t w) {
 
 // Drops one read of this process; a writer waiting for the slot to empty is woken.
 void leave(SharedLock &l, uint64_t &slot) {
-    if ((__atomic_sub_fetch(&slot, 1, __ATOMIC_SEQ_CST) & kCount) == 0 && load(l.writer) != 0)
+    if ((shared::sub_fetch(slot, uint64_t{1}) & kCount) == 0 && load(l.writer) != 0)
         wake_all(slot);
 }
 
@@ -187,7 +192,7 @@ void init(cfg_lock &lock, int index) {
 int read(cfg_lock &lock, int fd) {
     const owner::Id me = self();
     if (Hold *h = held(lock, me.pid)) {  // again: no waiting, a writer may be waiting for us
-        __atomic_add_fetch(h->slot, 1, __ATOMIC_SEQ_CST);
+        shared::add_fetch(*h->slot, uint64_t{1});
         ++h->depth;
         return 0;
     }
@@ -203,7 +208,7 @@ int read(cfg_lock &lock, int fd) {
     }
     if (!slot || !free) return -1;
     for (;;) {
-        __atomic_add_fetch(slot, 1, __ATOMIC_SEQ_CST);
+        shared::add_fetch(*slot, uint64_t{1});
         crash::point(crash::kLockReading);
         uint64_t w = load(l.writer);
         if (w == 0 || again) break;

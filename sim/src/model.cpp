@@ -8,6 +8,7 @@
 #include "crash.hpp"
 #include "ifaces.hpp"
 #include "owner.hpp"
+#include "shared_atomic.hpp"
 #include "util.hpp"
 
 namespace swsim::model {
@@ -93,8 +94,7 @@ constexpr std::array<StatDef, SW_MAX_STATISTIC> kStats = make_catalogue();
 uint64_t own_value(const CounterState &pc, int stat, uint64_t now) {
     const layout::Counter &c = pc.c[stat];
     if (!pc.running || now <= pc.checkpoint_ns) return c.base;
-    unsigned __int128 grown = (unsigned __int128)c.rate_micro * (now - pc.checkpoint_ns) / 1'000'000'000'000'000ull;
-    return c.base + uint64_t(grown);
+    return c.base + mul_div(c.rate_micro, now - pc.checkpoint_ns, 1'000'000'000'000'000ull);
 }
 
 uint64_t value_of(const CounterState &pc, int stat, uint64_t now) {
@@ -157,18 +157,18 @@ class CounterWriter {
 public:
     explicit CounterWriter(PortCounters &pc) : pc_(pc), me_(owner::self().word()) {
         for (owner::Backoff wait;;) {
-            uint64_t w = __atomic_load_n(&pc.writer, __ATOMIC_ACQUIRE);
+            uint64_t w = shared::load(pc.writer, __ATOMIC_ACQUIRE);
             if (w == 0 ? claim(0) : wait.pause() && owner::dead(w) && claim(w)) break;
         }
         if (load_seq(pc) & 1) finish_copy(pc);
     }
-    ~CounterWriter() { __atomic_store_n(&pc_.writer, uint64_t(0), __ATOMIC_RELEASE); }
+    ~CounterWriter() { shared::store(pc_.writer, uint64_t{0}, __ATOMIC_RELEASE); }
     CounterWriter(const CounterWriter &) = delete;
     CounterWriter &operator=(const CounterWriter &) = delete;
 
 private:
     bool claim(uint64_t from) {
-        return __atomic_compare_exchange_n(&pc_.writer, &from, me_, false, __ATOMIC_ACQ_REL, __ATOMIC_ACQUIRE);
+        return shared::cas(pc_.writer, from, me_, __ATOMIC_ACQ_REL);
     }
     PortCounters &pc_;
     uint64_t me_;

@@ -41,9 +41,13 @@ ProcStat read_stat(const char *path) {
     return st;
 }
 
+// Read through the leader thread's entry, which carries the same start time
+// as /proc/PID/stat: a process's own /proc/PID/stat is made up by emulators
+// (qemu-user) and would disagree with what other processes read of it.
 ProcStat process_stat(uint64_t pid) {
-    char path[48];
-    std::snprintf(path, sizeof path, "/proc/%llu/stat", static_cast<unsigned long long>(pid));
+    char path[64];
+    const auto n = static_cast<unsigned long long>(pid);
+    std::snprintf(path, sizeof path, "/proc/%llu/task/%llu/stat", n, n);
     return read_stat(path);
 }
 

@@ -6,6 +6,7 @@
 
 #include "lldp.hpp"
 #include "owner.hpp"
+#include "shared_atomic.hpp"
 #include "swplatform/records_l2proto.hpp"
 #include "routing.hpp"
 #include "services.hpp"
@@ -47,11 +48,11 @@ std::string header_locks(const View &v) {
         reinterpret_cast<const uint8_t *>(v.header) + layout::kLockBase);
     return first(CFG_LOCK_COUNT, [&](int i) -> std::string {
         const layout::SharedLock &l = locks[i];
-        const uint64_t w = __atomic_load_n(&l.writer, __ATOMIC_RELAXED);
+        const uint64_t w = shared::load(l.writer, __ATOMIC_RELAXED);
         if ((w & owner::kWordUnused) || (w != 0 && owner::word_pid(w) == 0))
             return "lock " + std::to_string(i) + " names no process as its writer";
         for (const uint64_t &slot : l.readers) {
-            const uint64_t r = __atomic_load_n(&slot, __ATOMIC_RELAXED);
+            const uint64_t r = shared::load(slot, __ATOMIC_RELAXED);
             if (r != 0 && ((r >> 20) & owner::kFieldMask) == 0)
                 return "lock " + std::to_string(i) + " has a reader slot of no process";
         }
@@ -186,7 +187,7 @@ std::string hardware_lacp(const View &v) {
 
 std::string stats_writers(const View &v) {
     return first(kPhysPorts, [&](int phys) -> std::string {
-        const uint64_t w = __atomic_load_n(&v.stats->ports[phys].writer, __ATOMIC_RELAXED);
+        const uint64_t w = shared::load(v.stats->ports[phys].writer, __ATOMIC_RELAXED);
         if (w & (owner::kWordUnused | uint64_t(1) << 31))
             return "port " + std::to_string(phys) + "'s counter writer word names no process";
         return "";

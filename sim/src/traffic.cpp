@@ -27,7 +27,7 @@ constexpr uint32_t kDropShare[SW_QUEUES] = {600, 200, 100, 50, 25, 25, 0, 0};
 constexpr uint64_t kDroppedFrameBytes = 1518;
 
 uint64_t share(uint64_t total, uint32_t per_mille) {
-    return uint64_t((unsigned __int128)total * per_mille / 1000);
+    return mul_div(total, per_mille, 1000);
 }
 
 // What the load gave queue q of a physical port.

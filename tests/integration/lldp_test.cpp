@@ -302,7 +302,10 @@ TEST_F(LldpdPeer, ItsNeighbourListImportedReadsBackThroughSnmp) {
     if (const std::string why = link.make(); !why.empty()) GTEST_SKIP() << "no lldpd peer: " << why;
 
     nlohmann::json doc, entry;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    // lldpd refreshes its own chassis from its configuration on its 30 s
+    // transmit timer at the latest: a frame sent before it took the name may
+    // stand until then on a loaded machine.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(45);
     std::string text;
     while (std::chrono::steady_clock::now() < deadline) {
         link.lldpcli(1, "update");
