@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake pkg-config
+  build-essential cmake pkg-config ccache
   snmpd snmp libsnmp-dev snmptrapd   # the agent, its tools and headers
   libssl-dev                         # MD5 of the configuration image
   libgtest-dev googletest            # unit and integration tests
