@@ -34,6 +34,16 @@ uint32_t mask_of(uint32_t prefix_len) { return prefix_len == 0 ? 0 : ~0u << (32 
 template <size_t K>
 using Key = std::array<uint32_t, K>;
 
+// Keys are ordered word by word as unsigned numbers.  Not with std::array's
+// own ordering: GCC 12's libstdc++ orders arrays of unsigned words on a
+// big-endian target with a memcmp over a quarter of their bytes.
+template <size_t K>
+bool key_less(const Key<K> &a, const Key<K> &b) {
+    for (size_t i = 0; i < K; ++i)
+        if (a[i] != b[i]) return a[i] < b[i];
+    return false;
+}
+
 Key<1> key_of(const sw_ip_iface_t &a) { return {a.addr}; }
 Key<3> key_of(const layout::RouteSlot &s) { return {s.route.dest, s.route.prefix_len, s.route.next_hop}; }
 Key<2> key_of(const layout::VrrpSlot &s) { return {uint32_t(s.router.vid), s.router.vrid}; }
@@ -60,8 +70,8 @@ template <class Slot, int N>
 const Slot *find(Sorted<Slot, N> &t, int mode, const KeyOf<Slot> &key) {
     auto [b, e] = span_of(t);
     const Slot *it = mode == SW_FIND_AFTER
-                         ? std::upper_bound(b, e, key, [](const auto &k, const Slot &s) { return k < key_of(s); })
-                         : std::lower_bound(b, e, key, [](const Slot &s, const auto &k) { return key_of(s) < k; });
+                         ? std::upper_bound(b, e, key, [](const auto &k, const Slot &s) { return key_less(k, key_of(s)); })
+                         : std::lower_bound(b, e, key, [](const Slot &s, const auto &k) { return key_less(key_of(s), k); });
     if (it == e || (mode == SW_FIND_EXACT && key_of(*it) != key)) return nullptr;
     return it;
 }
@@ -70,7 +80,7 @@ const Slot *find(Sorted<Slot, N> &t, int mode, const KeyOf<Slot> &key) {
 template <class Slot, int N>
 Slot &upsert(Sorted<Slot, N> &t, const Slot &s, const char *what) {
     auto [b, e] = span_of(t);
-    Slot *it = std::lower_bound(b, e, key_of(s), [](const Slot &x, const auto &k) { return key_of(x) < k; });
+    Slot *it = std::lower_bound(b, e, key_of(s), [](const Slot &x, const auto &k) { return key_less(key_of(x), k); });
     if (it != e && key_of(*it) == key_of(s)) return *it = s;
     if (e - b >= N) fail(std::string("the ") + what + " table is full (" + std::to_string(N) + ")");
     std::memmove(it + 1, it, std::size_t(e - it) * sizeof(Slot));
@@ -82,7 +92,7 @@ Slot &upsert(Sorted<Slot, N> &t, const Slot &s, const char *what) {
 template <class Slot, int N>
 bool erase(Sorted<Slot, N> &t, const KeyOf<Slot> &key) {
     auto [b, e] = span_of(t);
-    Slot *it = std::lower_bound(b, e, key, [](const Slot &x, const auto &k) { return key_of(x) < k; });
+    Slot *it = std::lower_bound(b, e, key, [](const Slot &x, const auto &k) { return key_less(key_of(x), k); });
     if (it == e || key_of(*it) != key) return false;
     std::memmove(it, it + 1, std::size_t(e - it - 1) * sizeof(Slot));
     t.count = uint32_t(e - b - 1);
@@ -107,7 +117,7 @@ void append(Sorted<Slot, N> &t, const Slot &s, const char *what) {
 template <class Slot, int N>
 void sort_unique(Sorted<Slot, N> &t) {
     auto [b, e] = span_of(t);
-    std::stable_sort(b, e, [](const Slot &x, const Slot &y) { return key_of(x) < key_of(y); });
+    std::stable_sort(b, e, [](const Slot &x, const Slot &y) { return key_less(key_of(x), key_of(y)); });
     Slot *out = b;
     for (Slot *it = b; it != e; ++it) {
         if (it + 1 != e && key_of(it[0]) == key_of(it[1])) continue;
@@ -246,7 +256,7 @@ std::pair<uint32_t, uint32_t> external_sums(const View &v) {
     uint8_t bytes[SW_OSPF_LSA_MAX];
     auto [b, e] = span_of(st(v).lsas);
     const auto *first = std::lower_bound(b, e, Key<6>{SW_OSPF_SCOPE_AS, 0, 0, 0, 0, 0},
-                                         [](const layout::LsaSlot &s, const Key<6> &k) { return key_of(s) < k; });
+                                         [](const layout::LsaSlot &s, const Key<6> &k) { return key_less(key_of(s), k); });
     for (const auto *l = first; l != e && l->scope == SW_OSPF_SCOPE_AS; ++l) {
         lsa_bytes(v, *l, 0, bytes);
         ++count;
