@@ -65,7 +65,8 @@ extern "C" int rmon_walk_and_invalidate(const uint32_t *column, size_t length) {
         netsnmp_pdu *next = snmp_pdu_create(SNMP_MSG_GETNEXT);
         snmp_add_null_var(next, name, name_len);
         netsnmp_pdu *response = nullptr;
-        if (!answered(session.ask(next, &response), response)) {
+        const int status = session.ask(next, &response);
+        if (!answered(status, response)) {
             running = false;
             result = -1;
         } else {
@@ -88,7 +89,8 @@ extern "C" int rmon_walk_and_invalidate(const uint32_t *column, size_t length) {
     }
     if (result == 0 && count > 0) {
         netsnmp_pdu *response = nullptr;
-        if (!answered(session.ask(set, &response), response)) result = -1;
+        const int status = session.ask(set, &response);
+        if (!answered(status, response)) result = -1;
         if (response) snmp_free_pdu(response);
     }
     // A SET that is not sent is dropped as it is, not released: the switch's
