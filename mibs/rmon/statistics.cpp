@@ -20,6 +20,8 @@ using namespace swp::rmon;
 // The calls and record fields of the two control tables, so that their
 // data source, owner and status writes are written once.
 struct ControlTable {
+    int (*get_all)(uint8_t **);
+    size_t list_size;  // bytes of one row of get_all
     int (*get_conf)(int32_t, uint8_t *);
     int (*set_conf)(const uint8_t *);
     int (*set_status)(int32_t, int32_t);
@@ -60,12 +62,12 @@ int activate_history(const uint8_t *conf) {
     return cfg_set_rmon_history(rec);
 }
 
-const ControlTable kStatistics = {bcmd_rmon_statistic_get_conf, bcmd_rmon_statistic_set_conf,
+const ControlTable kStatistics = {bcmd_rmon_statistic_get_all, stat_list::kSize, bcmd_rmon_statistic_get_conf, bcmd_rmon_statistic_set_conf,
                                   bcmd_rmon_statistic_set_status, bcmd_rmon_statistic_create,
                                   activate_statistic, cfg_del_rmon_statistic,
                                   cfg_del_rmon_statistic_pre, stat_conf::kUnit,
                                   stat_conf::kPort, stat_conf::kStatus, stat_conf::kOwner};
-const ControlTable kHistory = {bcmd_rmon_history_get_conf, bcmd_rmon_history_set_conf,
+const ControlTable kHistory = {bcmd_rmon_history_get_all, hist_list::kSize, bcmd_rmon_history_get_conf, bcmd_rmon_history_set_conf,
                                bcmd_rmon_history_set_status, bcmd_rmon_history_create,
                                activate_history, cfg_del_rmon_history,
                                cfg_del_rmon_history_pre, hist_conf::kUnit,
@@ -148,6 +150,31 @@ int set_data_source(const ControlTable &t, int32_t index, const uint32_t *oid, s
     return t.set_conf(conf);
 }
 
+// Rows of a control table from the engine's list: one per record.
+int populate(const ControlTable &t, void *(*create)(int32_t)) {
+    uint8_t *records = nullptr;
+    const int bytes = t.get_all(&records);
+    if (bytes < 0) return -1;
+    const size_t count = size_t(bytes) / t.list_size;
+    for (size_t i = 0; i < count; ++i) create(load_i32(records + i * t.list_size, stat_conf::kIndex));
+    std::free(records);
+    return 0;
+}
+
+int row_exists(const ControlTable &t, void (*remove)(int32_t), int32_t index) {
+    Conf conf;
+    if (t.get_conf(index, conf) < 0) {
+        remove(index);
+        return 0;
+    }
+    return 1;
+}
+
+int32_t get_status(const ControlTable &t, int32_t index) {
+    Conf conf;
+    return t.get_conf(index, conf) == 0 ? load_i32(conf, t.status) : 0;
+}
+
 }  // namespace
 
 int statistic_counter(int32_t index, int counter, uint32_t *out) {
@@ -198,25 +225,6 @@ using namespace swp::rmon;
 
 namespace {
 
-// Rows of a control table from the engine's list: one per record.
-int populate(int (*get_all)(uint8_t **), size_t record_size, void *(*create)(int32_t)) {
-    uint8_t *records = nullptr;
-    const int bytes = get_all(&records);
-    if (bytes < 0) return -1;
-    const size_t count = size_t(bytes) / record_size;
-    for (size_t i = 0; i < count; ++i) create(load_i32(records + i * record_size, stat_conf::kIndex));
-    std::free(records);
-    return 0;
-}
-
-int control_row_exists(int (*get_conf)(int32_t, uint8_t *), void (*remove)(int32_t), int32_t index) {
-    uint8_t conf[hist_conf::kSize];
-    if (get_conf(index, conf) < 0) {
-        remove(index);
-        return 0;
-    }
-    return 1;
-}
 
 // The samples a valid history row keeps: (n - g, n] of n taken, g granted.
 bool sample_kept(const uint8_t *conf, int32_t sample) {
@@ -234,20 +242,26 @@ uint32_t sample_value(int32_t index, int32_t sample, int value) {
 
 extern "C" {
 
-// ---- etherStatsTable ---------------------------------------------------------
+// ---- the rows, data source, owner and status of both control tables ----------
 
-int init_index_etherStatsTable(void *(*create)(int32_t)) {
-    return populate(bcmd_rmon_statistic_get_all, stat_list::kSize, create);
-}
-int exists_entry_etherStatsTable(int32_t i) {
-    return control_row_exists(bcmd_rmon_statistic_get_conf, etherStatsTable_removeEntry, i);
-}
+#define SA_RMON_CONTROL_TABLE(table, prefix, desc)                                                         \
+    int init_index_##table(void *(*create)(int32_t)) { return populate(desc, create); }                   \
+    int exists_entry_##table(int32_t i) { return row_exists(desc, table##_removeEntry, i); }              \
+    int32_t get_##prefix##Index(int32_t i) { return i; }                                                  \
+    const uint32_t *get_##prefix##DataSource(int32_t i, size_t *len) { return get_data_source(desc, i, len); } \
+    int set_##prefix##DataSource(int32_t i, const uint32_t *oid, size_t len) {                            \
+        return set_data_source(desc, i, oid, len);                                                        \
+    }                                                                                                     \
+    const uint8_t *get_##prefix##Owner(int32_t i, size_t *len) { return get_owner(desc, i, len); }        \
+    int set_##prefix##Owner(int32_t i, const uint8_t *text, size_t len) { return set_owner(desc, i, text, len); } \
+    int32_t get_##prefix##Status(int32_t i) { return get_status(desc, i); }                               \
+    int set_##prefix##Status(int32_t i, int32_t v) { return set_status(desc, i, v); }
+SA_RMON_CONTROL_TABLE(etherStatsTable, etherStats, kStatistics)
+SA_RMON_CONTROL_TABLE(historyControlTable, historyControl, kHistory)
+#undef SA_RMON_CONTROL_TABLE
 
-int32_t get_etherStatsIndex(int32_t i) { return i; }
-const uint32_t *get_etherStatsDataSource(int32_t i, size_t *len) { return get_data_source(kStatistics, i, len); }
-int set_etherStatsDataSource(int32_t i, const uint32_t *oid, size_t len) {
-    return set_data_source(kStatistics, i, oid, len);
-}
+// ---- etherStatsTable: the counters -------------------------------------------
+
 #define SA_RMON_COUNTER_GETTER(column, counter) \
     uint32_t get_##column(int32_t i) {          \
         uint32_t value = 0;                     \
@@ -256,28 +270,8 @@ int set_etherStatsDataSource(int32_t i, const uint32_t *oid, size_t len) {
     }
 SA_RMON_STAT_COUNTERS(SA_RMON_COUNTER_GETTER)
 #undef SA_RMON_COUNTER_GETTER
-const uint8_t *get_etherStatsOwner(int32_t i, size_t *len) { return get_owner(kStatistics, i, len); }
-int set_etherStatsOwner(int32_t i, const uint8_t *text, size_t len) { return set_owner(kStatistics, i, text, len); }
-int32_t get_etherStatsStatus(int32_t i) {
-    uint8_t conf[stat_conf::kSize];
-    return bcmd_rmon_statistic_get_conf(i, conf) == 0 ? load_i32(conf, stat_conf::kStatus) : 0;
-}
-int set_etherStatsStatus(int32_t i, int32_t v) { return set_status(kStatistics, i, v); }
 
-// ---- historyControlTable -------------------------------------------------------
-
-int init_index_historyControlTable(void *(*create)(int32_t)) {
-    return populate(bcmd_rmon_history_get_all, hist_list::kSize, create);
-}
-int exists_entry_historyControlTable(int32_t i) {
-    return control_row_exists(bcmd_rmon_history_get_conf, historyControlTable_removeEntry, i);
-}
-
-int32_t get_historyControlIndex(int32_t i) { return i; }
-const uint32_t *get_historyControlDataSource(int32_t i, size_t *len) { return get_data_source(kHistory, i, len); }
-int set_historyControlDataSource(int32_t i, const uint32_t *oid, size_t len) {
-    return set_data_source(kHistory, i, oid, len);
-}
+// ---- historyControlTable: buckets and interval ---------------------------------
 
 static int32_t history_field(int32_t i, swp::Field f) {
     uint8_t conf[hist_conf::kSize];
@@ -298,10 +292,6 @@ int set_historyControlBucketsRequested(int32_t i, int32_t v) {
 int32_t get_historyControlBucketsGranted(int32_t i) { return history_field(i, hist_conf::kGranted); }
 int32_t get_historyControlInterval(int32_t i) { return history_field(i, hist_conf::kInterval); }
 int set_historyControlInterval(int32_t i, int32_t v) { return set_history_field(i, hist_conf::kInterval, v, 3600); }
-const uint8_t *get_historyControlOwner(int32_t i, size_t *len) { return get_owner(kHistory, i, len); }
-int set_historyControlOwner(int32_t i, const uint8_t *text, size_t len) { return set_owner(kHistory, i, text, len); }
-int32_t get_historyControlStatus(int32_t i) { return history_field(i, hist_conf::kStatus); }
-int set_historyControlStatus(int32_t i, int32_t v) { return set_status(kHistory, i, v); }
 
 // ---- etherHistoryTable -----------------------------------------------------------
 

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <sstream>
 #include <thread>
+#include <utility>
 
 #include "model.hpp"
 #include "traps.hpp"
@@ -53,6 +54,22 @@ Row *free_row(Row (&rows)[N]) {
     for (Row &r : rows)
         if (r.index == 0) return &r;
     return nullptr;
+}
+
+// The list of a get_all call: a malloc'd buffer of one record of `size`
+// bytes per row in use, filled by fill(index, record); its size in bytes.
+template <class Row, std::size_t N, class Fill>
+int list_rows(const Row (&rows)[N], std::size_t size, uint8_t **records, Fill fill) {
+    if (!records) return -1;
+    int n = 0;
+    for (const Row &r : rows) n += r.index != 0;
+    auto *buf = static_cast<uint8_t *>(std::calloc(std::size_t(std::max(n, 1)), size));
+    if (!buf) return -1;
+    uint8_t *p = buf;
+    for (const Row &r : rows)
+        if (r.index != 0) fill(r.index, std::exchange(p, p + size));
+    *records = buf;
+    return n * int(size);
 }
 
 // ---- counters -------------------------------------------------------------------------------
@@ -304,20 +321,10 @@ void engine_thread() {
 namespace calls {
 
 int bcmd_rmon_statistic_get_all(const View &v, uint8_t **records) {
-    if (!records) return -1;
-    int n = 0;
-    for (const RmonStatRow &r : v.cfg->rmon.stats) n += r.index != 0;
-    auto *buf = static_cast<uint8_t *>(std::calloc(std::size_t(std::max(n, 1)), stat_list::kSize));
-    if (!buf) return -1;
-    uint8_t *p = buf;
-    for (const RmonStatRow &r : v.cfg->rmon.stats) {
-        if (r.index == 0) continue;
-        bcmd_rmon_statistic_get_conf(v, r.index, p);
-        bcmd_rmon_statistic_get(v, r.index, p + stat_list::kCounters.offset);
-        p += stat_list::kSize;
-    }
-    *records = buf;
-    return n * int(stat_list::kSize);
+    return list_rows(v.cfg->rmon.stats, stat_list::kSize, records, [&](int32_t index, uint8_t *p) {
+        bcmd_rmon_statistic_get_conf(v, index, p);
+        bcmd_rmon_statistic_get(v, index, p + stat_list::kCounters.offset);
+    });
 }
 
 int bcmd_rmon_statistic_get_conf(const View &v, int32_t index, uint8_t *conf) {
@@ -403,21 +410,11 @@ int cfg_del_rmon_statistic_pre(const View &v, int32_t index, uint8_t *image) {
 }
 
 int bcmd_rmon_history_get_all(const View &v, uint8_t **records) {
-    if (!records) return -1;
-    int n = 0;
-    for (const RmonHistRow &r : v.cfg->rmon.hist) n += r.index != 0;
-    auto *buf = static_cast<uint8_t *>(std::calloc(std::size_t(std::max(n, 1)), hist_list::kSize));
-    if (!buf) return -1;
-    uint8_t *p = buf;
-    for (const RmonHistRow &r : v.cfg->rmon.hist) {
-        if (r.index == 0) continue;
-        bcmd_rmon_history_get_conf(v, r.index, p);
+    return list_rows(v.cfg->rmon.hist, hist_list::kSize, records, [&](int32_t index, uint8_t *p) {
+        bcmd_rmon_history_get_conf(v, index, p);
         const int32_t taken = load_i32(p, hist_conf::kTaken);
-        if (taken > 0) bcmd_rmon_history_get(v, r.index, taken, p + hist_list::kNewest.offset);
-        p += hist_list::kSize;
-    }
-    *records = buf;
-    return n * int(hist_list::kSize);
+        if (taken > 0) bcmd_rmon_history_get(v, index, taken, p + hist_list::kNewest.offset);
+    });
 }
 
 int bcmd_rmon_history_get_conf(const View &v, int32_t index, uint8_t *conf) {
