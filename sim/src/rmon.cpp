@@ -57,7 +57,7 @@ Row *free_row(Row (&rows)[N]) {
 }
 
 // The list of a get_all call: a malloc'd buffer of one record of `size`
-// bytes per row in use, filled by fill(index, record); its size in bytes.
+// bytes per row in use, filled by fill(row, record); its size in bytes.
 template <class Row, std::size_t N, class Fill>
 int list_rows(const Row (&rows)[N], std::size_t size, uint8_t **records, Fill fill) {
     if (!records) return -1;
@@ -67,9 +67,31 @@ int list_rows(const Row (&rows)[N], std::size_t size, uint8_t **records, Fill fi
     if (!buf) return -1;
     uint8_t *p = buf;
     for (const Row &r : rows)
-        if (r.index != 0) fill(r.index, std::exchange(p, p + size));
+        if (r.index != 0) fill(r, std::exchange(p, p + size));
     *records = buf;
     return n * int(size);
+}
+
+// The control records of a row.
+void stat_conf_of(const RmonStatRow &r, uint8_t *conf) {
+    std::memset(conf, 0, stat_conf::kSize);
+    store_i32(conf, stat_conf::kIndex, r.index);
+    store_i32(conf, stat_conf::kUnit, r.unit0);
+    store_i32(conf, stat_conf::kPort, r.port0);
+    store_i32(conf, stat_conf::kStatus, r.status);
+    put_text(text_field(conf, stat_conf::kOwner), stat_conf::kOwner.size, r.owner);
+}
+void hist_conf_of(const View &v, const RmonHistRow &r, uint8_t *conf) {
+    std::memset(conf, 0, hist_conf::kSize);
+    store_i32(conf, hist_conf::kIndex, r.index);
+    store_i32(conf, hist_conf::kUnit, r.unit0);
+    store_i32(conf, hist_conf::kPort, r.port0);
+    store_i32(conf, hist_conf::kInterval, r.interval_s);
+    store_i32(conf, hist_conf::kGranted, r.granted);
+    store_i32(conf, hist_conf::kRequested, r.requested);
+    store_i32(conf, hist_conf::kTaken, v.hw->rmon.samples[&r - v.cfg->rmon.hist].taken);
+    store_i32(conf, hist_conf::kStatus, r.status);
+    put_text(text_field(conf, hist_conf::kOwner), hist_conf::kOwner.size, r.owner);
 }
 
 // ---- counters -------------------------------------------------------------------------------
@@ -320,22 +342,18 @@ void engine_thread() {
 
 namespace calls {
 
+// The list carries each row's configuration; its counter part stays zero
+// (reading every row's counters for a list would cost a walk of the table
+// as many counter reads as it has rows for each request).
 int bcmd_rmon_statistic_get_all(const View &v, uint8_t **records) {
-    return list_rows(v.cfg->rmon.stats, stat_list::kSize, records, [&](int32_t index, uint8_t *p) {
-        bcmd_rmon_statistic_get_conf(v, index, p);
-        bcmd_rmon_statistic_get(v, index, p + stat_list::kCounters.offset);
-    });
+    return list_rows(v.cfg->rmon.stats, stat_list::kSize, records,
+                     [&](const RmonStatRow &r, uint8_t *p) { stat_conf_of(r, p); });
 }
 
 int bcmd_rmon_statistic_get_conf(const View &v, int32_t index, uint8_t *conf) {
     const RmonStatRow *r = find(v.cfg->rmon.stats, index);
     if (!r || !conf) return -1;
-    std::memset(conf, 0, stat_conf::kSize);
-    store_i32(conf, stat_conf::kIndex, r->index);
-    store_i32(conf, stat_conf::kUnit, r->unit0);
-    store_i32(conf, stat_conf::kPort, r->port0);
-    store_i32(conf, stat_conf::kStatus, r->status);
-    put_text(text_field(conf, stat_conf::kOwner), stat_conf::kOwner.size, r->owner);
+    stat_conf_of(*r, conf);
     return 0;
 }
 
@@ -410,26 +428,17 @@ int cfg_del_rmon_statistic_pre(const View &v, int32_t index, uint8_t *image) {
 }
 
 int bcmd_rmon_history_get_all(const View &v, uint8_t **records) {
-    return list_rows(v.cfg->rmon.hist, hist_list::kSize, records, [&](int32_t index, uint8_t *p) {
-        bcmd_rmon_history_get_conf(v, index, p);
+    return list_rows(v.cfg->rmon.hist, hist_list::kSize, records, [&](const RmonHistRow &r, uint8_t *p) {
+        hist_conf_of(v, r, p);
         const int32_t taken = load_i32(p, hist_conf::kTaken);
-        if (taken > 0) bcmd_rmon_history_get(v, index, taken, p + hist_list::kNewest.offset);
+        if (taken > 0) bcmd_rmon_history_get(v, r.index, taken, p + hist_list::kNewest.offset);
     });
 }
 
 int bcmd_rmon_history_get_conf(const View &v, int32_t index, uint8_t *conf) {
     const RmonHistRow *r = find(v.cfg->rmon.hist, index);
     if (!r || !conf) return -1;
-    std::memset(conf, 0, hist_conf::kSize);
-    store_i32(conf, hist_conf::kIndex, r->index);
-    store_i32(conf, hist_conf::kUnit, r->unit0);
-    store_i32(conf, hist_conf::kPort, r->port0);
-    store_i32(conf, hist_conf::kInterval, r->interval_s);
-    store_i32(conf, hist_conf::kGranted, r->granted);
-    store_i32(conf, hist_conf::kRequested, r->requested);
-    store_i32(conf, hist_conf::kTaken, v.hw->rmon.samples[hist_slot(v, r)].taken);
-    store_i32(conf, hist_conf::kStatus, r->status);
-    put_text(text_field(conf, hist_conf::kOwner), hist_conf::kOwner.size, r->owner);
+    hist_conf_of(v, *r, conf);
     return 0;
 }
 

@@ -48,7 +48,7 @@ inline constexpr std::size_t offset(int n) { return std::size_t(n - 1) * 8; }
 static_assert(kSize == 136 && offset(kCrcAlign) + 8 == kSize);
 }  // namespace stat_counters
 
-namespace stat_list {  // one row of bcmd_rmon_statistic_get_all
+namespace stat_list {  // one row of bcmd_rmon_statistic_get_all (the counters may be left zero)
 inline constexpr std::size_t kSize = 232;
 inline constexpr Field kConf{0, stat_conf::kSize};
 inline constexpr Field kCounters{stat_conf::kSize, stat_counters::kSize};
