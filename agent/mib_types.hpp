@@ -49,7 +49,8 @@ constexpr bool is_string_index(IndexKind k) {
 //   getter of Counter64          uint64_t get_x(idx...)
 //   getter of an octet string    const uint8_t  *get_x(idx..., size_t *len)
 //   getter of an OID             const uint32_t *get_x(idx..., size_t *len_bytes)
-//   setter                       int set_x(idx..., value) or (idx..., bytes, len)
+//   setter                       int set_x(idx..., value) or (idx..., bytes, len);
+//                                an OID: (idx..., subids, len_bytes)
 
 template <class... T>
 struct TypeList {};
@@ -136,6 +137,10 @@ struct SetterOf {
 template <class K>
 struct SetterOf<K, Type::OCTET_STR> {
     using type = typename FnOf<int, typename K::params, const uint8_t *, size_t>::type;
+};
+template <class K>
+struct SetterOf<K, Type::OBJECT_ID> {
+    using type = typename FnOf<int, typename K::params, const uint32_t *, size_t>::type;
 };
 
 template <class K, Type T>

@@ -18,6 +18,7 @@ extern "C" void init_ipCidrRouteTable(void);
 extern "C" void init_inetCidrRouteTable(void);
 extern "C" void init_rip2Table(void);
 extern "C" void init_ospfTables(void);
+extern "C" void init_rmon(void);
 extern "C" void init_trap(void);
 
 namespace {

@@ -83,10 +83,15 @@ SetValue received_value(const netsnmp_variable_list *var) {
     SetValue v;
     v.bytes = var->val.string ? var->val.string : kEmpty;
     v.len = var->val.string ? var->val_len : 0;
-    if (var->type == ASN_IPADDRESS && var->val.string && var->val_len >= 4)
+    if (var->type == ASN_IPADDRESS && var->val.string && var->val_len >= 4) {
         v.word = swp::load_be32(var->val.string);
-    else if (var->val.integer)
+    } else if (var->type == ASN_OBJECT_ID && var->val.objid) {
+        // net-snmp's oid may be wider than the protocol's 32 bits.
+        v.subid_count = std::min(var->val_len / sizeof(oid), kMaxOidSubids);
+        for (size_t i = 0; i < v.subid_count; ++i) v.subids[i] = uint32_t(var->val.objid[i]);
+    } else if (var->val.integer) {
         v.word = static_cast<uint32_t>(*var->val.integer);
+    }
     return v;
 }
 

@@ -57,6 +57,8 @@ subjects=(
   "switchIndivFanTable 1.3.6.1.4.1.99999.3.5.201.1.1.5"
   "switchMacAddrUsageTable 1.3.6.1.4.1.99999.3.5.201.1.1.12"
   "cpuActiveUsageTable 1.3.6.1.4.1.99999.3.5.201.1.26.1"
+  "etherStatsTable 1.3.6.1.2.1.16.1.1"
+  "historyControlTable 1.3.6.1.2.1.16.2.1"
   "lldpRemTable 1.0.8802.1.1.2.1.4.1"
   "lldpRemManAddrTable 1.0.8802.1.1.2.1.4.2"
   "lldpRemUnknownTLVTable 1.0.8802.1.1.2.1.4.3"

@@ -46,6 +46,9 @@ struct SetValue {
     uint32_t word = 0;
     const uint8_t *bytes = nullptr;
     size_t len = 0;
+    // An OID value as 32-bit sub-identifiers (the protocol's width).
+    uint32_t subids[kMaxOidSubids] = {};
+    size_t subid_count = 0;
 };
 
 // Accepted range of an integer on SET, compared unsigned after subtracting
@@ -232,6 +235,8 @@ int set_thunk(KeyView key, const SetValue &value) {
     if (!r.ok()) return -1;
     if constexpr (T == Type::OCTET_STR) {
         return std::apply([&](auto... a) { return Fn(a..., value.bytes, value.len); }, args);
+    } else if constexpr (T == Type::OBJECT_ID) {
+        return std::apply([&](auto... a) { return Fn(a..., value.subids, value.subid_count * 4); }, args);
     } else {
         using Word = typename ValueOf<T>::word;
         return std::apply([&](auto... a) { return Fn(a..., Word(value.word)); }, args);

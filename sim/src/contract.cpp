@@ -642,6 +642,17 @@ using namespace routing::calls;
 }  // namespace
 }  // namespace swsim
 
+// ---- RMON engine (rmon.cpp) -----------------------------------------------------------------
+
+#include "rmon.hpp"
+namespace swsim {
+namespace {
+namespace impl {
+using namespace rmon::calls;
+}
+}  // namespace
+}  // namespace swsim
+
 // ---- the catalogue ------------------------------------------------------------------------
 //
 // X(return type, name, parameters, arguments, result while no state is open)
@@ -777,7 +788,8 @@ using namespace routing::calls;
     SWSIM_LLDP_CALLS(X)                                                                                \
     SWSIM_ROUTING_CALLS(X)                                                                             \
     SWSIM_TRAPS_CALLS(X)                                                                               \
-    SWSIM_SERVICES_CALLS(X)
+    SWSIM_SERVICES_CALLS(X)                                                                            \
+    SWSIM_RMON_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \
@@ -788,7 +800,8 @@ using namespace routing::calls;
     P(char *, strncpy_safe, (char *dst, const char *src, size_t size), (dst, src, size))                \
     P(int, parse_time, (const char *text, int *hours, int *minutes, int *seconds),                      \
       (text, hours, minutes, seconds))                                                                  \
-    SWSIM_TRAPS_HELPER_CALLS(P)
+    SWSIM_TRAPS_HELPER_CALLS(P)                                                                       \
+    SWSIM_RMON_HELPER_CALLS(P)
 
 // (a, b) -> (first, a, b); () -> (first)
 #define SWSIM_EXPAND(...) __VA_ARGS__
@@ -885,6 +898,7 @@ extern "C" int systemf(const char *fmt, ...) {
     if (watched()) {
         if (auto forced = watched_call<int>("systemf", static_cast<const char *>(command))) return *forced;
     }
+    if (const View *v = current(); v && rmon::note_command(*v, command)) return 0;
     return helpers::run_shell(command);
 }
 
@@ -902,6 +916,11 @@ extern "C" void vxlog(int level, const char *fmt, ...) {
 // ---- control side ---------------------------------------------------------------------------
 
 namespace swsim {
+
+const View *current_view() { return current(); }
+int engine_lock(const View &v, bool take) {
+    return take ? impl::lock_write(v, &g_locks[2]) : impl::lock_free(v, &g_locks[2]);  // the configuration lock
+}
 
 int platform_reopen() {
     const int rc = open_platform(true);

@@ -1,6 +1,8 @@
 // swsim::Switch: a control handle on a live state file.
 #include <cstdlib>
+#include <chrono>
 #include <cstring>
+#include <thread>
 
 #include "chassis.hpp"
 #include "hooks.hpp"
@@ -9,6 +11,7 @@
 #include "lldp.hpp"
 #include "locks.hpp"
 #include "model.hpp"
+#include "rmon.hpp"
 #include "routing.hpp"
 #include "shared_atomic.hpp"
 #include "traffic.hpp"
@@ -553,5 +556,59 @@ void Switch::ssh_keys(const std::string &kind, bool create) {
 }
 const std::vector<Switch::ServiceSetting> &Switch::service_settings() { return services::settings(); }
 const std::vector<Switch::ServiceSetting> &Switch::service_lists() { return services::lists(); }
+
+}  // namespace swsim
+
+// ---- RMON engine ------------------------------------------------------------------------------
+
+namespace swsim {
+namespace {
+// A request answered by the engine's thread in the agent, or by this process
+// while the engine is paused.  Clear-all walks the agent over SNMP: it may
+// take a while under load.
+int rmon_request(View &v, int32_t kind, int32_t arg) {
+    const uint32_t seq = rmon::ops::post(v, kind, arg);
+    if (__atomic_load_n(&v.hw->rmon.paused, __ATOMIC_ACQUIRE)) {
+        rmon::serve_request(v);
+    } else {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (int32_t(__atomic_load_n(&v.hw->rmon.done_seq, __ATOMIC_ACQUIRE) - seq) < 0) {
+            if (std::chrono::steady_clock::now() > deadline)
+                throw Error("no RMON engine answered (the agent registers it when it starts)");
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    }
+    return v.hw->rmon.result;
+}
+}  // namespace
+
+Switch::RmonInfo Switch::rmon() const { return rmon::info(impl_->v()); }
+void Switch::rmon_pause(bool paused) { rmon::ops::set_paused(impl_->v(), paused); }
+void Switch::rmon_add_statistic(int32_t index, int unit0, int port0, const std::string &owner) {
+    impl_->change([&](View &v) { rmon::ops::add_statistic(v, index, unit0, port0, owner); });
+}
+void Switch::rmon_add_history(int32_t index, int unit0, int port0, int interval_s, int buckets, const std::string &owner) {
+    impl_->change([&](View &v) { rmon::ops::add_history(v, index, unit0, port0, interval_s, buckets, owner); });
+}
+void Switch::rmon_add_alarm(const RmonAlarm &alarm) {
+    impl_->change([&](View &v) { rmon::ops::add_alarm(v, alarm); });
+}
+void Switch::rmon_add_event(const RmonEvent &event) {
+    impl_->change([&](View &v) { rmon::ops::add_event(v, event); });
+}
+void Switch::rmon_set_script(int number, const std::string &name, const std::string &commands, bool enabled) {
+    impl_->change([&](View &v) { rmon::ops::set_script(v, number, name, commands, enabled); });
+}
+void Switch::rmon_take_samples(int32_t index, int count) {
+    impl_->change([&](View &v) { rmon::ops::take_samples(v, index, count); });
+}
+void Switch::rmon_step() {
+    std::vector<rmon::Fired> fired;
+    impl_->change([&](View &v) { fired = rmon::pass(v, uint32_t(model::ns_since(v.rt->boot_realtime_ns) / 1'000'000'000)); });
+    rmon::deliver(impl_->v(), fired);
+}
+int Switch::rmon_fire_event(int32_t event_index) { return rmon_request(impl_->v(), layout::kRmonFire, event_index); }
+int Switch::rmon_restore_all() { return rmon_request(impl_->v(), layout::kRmonRestoreAll, 0); }
+int Switch::rmon_clear_all() { return rmon_request(impl_->v(), layout::kRmonClearAll, 0); }
 
 }  // namespace swsim

@@ -16,6 +16,7 @@
 #include "ifaces.hpp"
 #include "l2proto.hpp"
 #include "lldp_scenario.hpp"
+#include "rmon_scenario.hpp"
 #include "model.hpp"
 #include "routing.hpp"
 #include "scenario_field.hpp"
@@ -44,7 +45,7 @@ public:
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
                             "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp",
-                            "routing", "traps", "services"});
+                            "routing", "traps", "services", "rmon"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -68,6 +69,7 @@ public:
         lldp::scenario(v_, root.has("lldp") ? root.at("lldp") : empty("lldp"), [this](const Field &f) { return select(f); });
         routing::build(v_, root.has("routing") ? root.at("routing") : empty("routing"));
         if (root.has("traps")) traps(root.at("traps"));
+        rmon::scenario(v_, root.has("rmon") ? root.at("rmon") : empty("rmon"), [this](const Field &f) { return select(f); });
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;
         s.vlan_changed_stack[0] = s.vlan_changed_stack[1] = 0;

@@ -8,6 +8,7 @@
 #include "owner.hpp"
 #include "shared_atomic.hpp"
 #include "swplatform/records_l2proto.hpp"
+#include "rmon.hpp"
 #include "routing.hpp"
 #include "services.hpp"
 #include "traps.hpp"
@@ -239,7 +240,7 @@ const Check kChecks[] = {
     {"image", image_l2proto},       {"hardware", hardware_l2proto}, {"hardware", hardware_lacp},
     {"stats", stats_writers},       {"fdb", fdb_entries},           {"hardware", hardware_chassis},
     {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
-    {"image", traps::damage},       {"image", services::damage},
+    {"image", traps::damage},       {"image", services::damage},    {"image", rmon::damage},
 };
 
 }  // namespace

@@ -86,6 +86,10 @@ std::vector<std::string> expected_exports() {
 #include "agent/startup.def"
 #undef STEP
 #undef TABLE_STEP
+    // The RMON engine's callbacks, handed to register_rmon by init_rmon.
+    for (const char *fn : {"rmon_alarm_delete_pre", "rmon_event_delete_pre", "rmon_alarm_set_pre", "rmon_event_set_pre",
+                           "rmon_restore_all", "rmon_clear_all", "rmon_event_fired", "rmon_walk_and_invalidate"})
+        names.push_back(fn);
     return names;
 }
 

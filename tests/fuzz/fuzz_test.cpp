@@ -477,7 +477,12 @@ std::vector<SetValue> edge_values(const Oid &oid, uint8_t type, const Range &ran
         for (size_t len : {0, 3, 4, 5, 16}) out.push_back({oid, type, 0, std::string(len, '\xff'), {}});
     if (type == kObjectId) {
         out.push_back({oid, type, 0, {}, {0, 0}});
-        out.push_back({oid, type, 0, {}, Oid(128, 4294967295u)});
+        // The longest OID the protocol carries, every arc at its largest
+        // (the first two arcs are bounded by the encoding: 1.3).
+        Oid longest(128, 4294967295u);
+        longest[0] = 1;
+        longest[1] = 3;
+        out.push_back({oid, type, 0, {}, longest});
     }
     return out;
 }

@@ -22,6 +22,7 @@
 #include "lldp.hpp"
 #include "routing_commands.hpp"
 #include "services.hpp"
+#include "rmon.hpp"
 
 namespace {
 
@@ -308,6 +309,13 @@ public:
                                                  Action act) { return add(parent, name, help, act); });
         swctl::add_services(app_, [this](CLI::App *parent, const std::string &name, const std::string &help,
                                          Action act) { return add(parent, name, help, std::move(act)); });
+        swctl::add_rmon_commands(
+            app_, [this](CLI::App *parent, const std::string &name, const std::string &help,
+                         Action act) { return add(parent, name, help, std::move(act)); },
+            [](const std::string &text) {
+                const PortRef p = parse_port(text, true);
+                return std::make_pair(p.unit0, p.port0);
+            });
         add("save", "Flush the state file to disk", [](swsim::Switch &sw) { sw.save(); });
     }
 

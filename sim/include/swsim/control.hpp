@@ -336,6 +336,75 @@ public:
     };
     void report_rmon_alarm(const RmonAlarmNotice &alarm);
 
+    // ---- RMON engine ----
+    // An alarm or event row of the engine, as the control tool gives it.
+    struct RmonAlarm {
+        int32_t index = 1;
+        std::string variable;  // dotted OID of the sampled object
+        int32_t interval = 5;  // seconds
+        int32_t sample_type = SW_RMON_DELTA;
+        int32_t startup = 3;   // 1 rising, 2 falling, 3 both
+        int32_t rising = 0, falling = 0;
+        int32_t rising_event = 0, falling_event = 0;
+        std::string owner;
+    };
+    struct RmonEvent {
+        int32_t index = 1;
+        std::string description;
+        bool log = true, trap = false;
+        int32_t script = 0;  // command script number, 0 none
+        std::string community, owner;
+    };
+    struct RmonInfo {
+        struct Statistic {
+            int32_t index, unit0, port0, status;
+            std::string owner;
+        };
+        struct History {
+            int32_t index, unit0, port0, status, interval, requested, granted, taken;
+            std::string owner;
+        };
+        struct Alarm {
+            RmonAlarm row;
+            int32_t value;
+            int last_event;  // 0 none, 1 rising, 2 falling
+        };
+        struct Event {
+            RmonEvent row;
+            uint32_t fired;
+        };
+        bool paused = false;
+        std::vector<Statistic> statistics;
+        std::vector<History> histories;
+        std::vector<Alarm> alarms;
+        std::vector<Event> events;
+        std::vector<RmonAlarm> alarm_slots;  // the configuration's copies
+        std::vector<RmonEvent> event_slots;
+        uint32_t commands_run = 0;
+        std::string last_command, last_script;
+    };
+    RmonInfo rmon() const;
+    // The engine's thread in the agent stops (or resumes) sampling and
+    // answering requests; while it is paused rmon_step() and the requests
+    // below run in the calling process, with its callbacks.
+    void rmon_pause(bool paused);
+    // Rows made as the boot configuration makes them (valid at once).
+    void rmon_add_statistic(int32_t index, int unit0, int port0, const std::string &owner = "");
+    void rmon_add_history(int32_t index, int unit0, int port0, int interval_s, int buckets,
+                          const std::string &owner = "");
+    void rmon_add_alarm(const RmonAlarm &alarm);
+    void rmon_add_event(const RmonEvent &event);
+    void rmon_set_script(int number, const std::string &name, const std::string &commands, bool enabled = true);
+    // A history row takes `count` samples now.
+    void rmon_take_samples(int32_t index, int count);
+    // One engine pass now (samples and alarms due), in this process.
+    void rmon_step();
+    // Requests answered by the engine through the agent's callbacks; the
+    // callback's result (throws when no engine answers within the timeout).
+    int rmon_fire_event(int32_t event_index);
+    int rmon_restore_all();
+    int rmon_clear_all();
+
     // ---- management services ----
     struct ServicesInfo {
         bool dhcp = false;                            // the address comes from DHCP
