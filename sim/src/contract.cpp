@@ -36,6 +36,7 @@
 #include "traffic.hpp"
 #include "traps.hpp"
 #include "services.hpp"
+#include "auth.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -539,6 +540,10 @@ using namespace traps::calls;
 namespace impl {
 using namespace services::calls;
 }
+// Port authentication lives in auth.cpp.
+namespace impl {
+using namespace auth::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -777,7 +782,8 @@ using namespace routing::calls;
     SWSIM_LLDP_CALLS(X)                                                                                \
     SWSIM_ROUTING_CALLS(X)                                                                             \
     SWSIM_TRAPS_CALLS(X)                                                                               \
-    SWSIM_SERVICES_CALLS(X)
+    SWSIM_SERVICES_CALLS(X)                                                                            \
+    SWSIM_AUTH_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -13,6 +13,7 @@
 #include "shared_atomic.hpp"
 #include "traffic.hpp"
 #include "services.hpp"
+#include "auth.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -553,5 +554,22 @@ void Switch::ssh_keys(const std::string &kind, bool create) {
 }
 const std::vector<Switch::ServiceSetting> &Switch::service_settings() { return services::settings(); }
 const std::vector<Switch::ServiceSetting> &Switch::service_lists() { return services::lists(); }
+
+// ---- port authentication ----------------------------------------------------------------------
+
+void Switch::dot1x_start(int unit0, int port0, const std::string &user, const uint8_t mac[6]) {
+    impl_->change([&](View &v) { auth::ops::supplicant_start(v, unit0, port0, user, mac); });
+}
+void Switch::dot1x_answer(int unit0, int port0, bool accept) {
+    impl_->change([&](View &v) { auth::ops::radius_answer(v, unit0, port0, accept); });
+}
+void Switch::dot1x_logoff(int unit0, int port0) {
+    impl_->change([&](View &v) { auth::ops::supplicant_logoff(v, unit0, port0); });
+}
+void Switch::radius_server_down(int slot, bool down) {
+    impl_->change([&](View &v) { auth::ops::set_server_down(v, slot, down); });
+}
+Switch::Dot1xPortInfo Switch::dot1x_port(int unit0, int port0) const { return auth::port_info(impl_->v(), unit0, port0); }
+std::vector<Switch::RadiusServerInfo> Switch::radius_servers() const { return auth::radius_info(impl_->v()); }
 
 }  // namespace swsim

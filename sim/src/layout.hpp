@@ -39,11 +39,12 @@
 #include "layout_routing.hpp"
 #include "layout_traps.hpp"
 #include "layout_services.hpp"
+#include "layout_auth.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 6;
+inline constexpr uint32_t kVersion = 7;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -190,6 +191,7 @@ struct ConfigModel {
     LldpConfig lldp;
     TrapsConfig traps;  // trap destinations
     ServicesConfig services;  // management services
+    AuthConfig auth;  // 802.1X and RADIUS
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -216,6 +218,7 @@ struct Hardware {
     RoutingState routing;  // addresses, routes, VRRP, OSPF, RIP
     TrapsHardware traps;  // what the trap service sent
     ServicesHardware services;  // what the service daemons run with
+    AuthHardware auth;  // authenticators and the RADIUS client
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -23,6 +23,7 @@
 #include "vlans.hpp"
 #include "traffic.hpp"
 #include "services.hpp"
+#include "auth.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 
@@ -44,7 +45,7 @@ public:
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
                             "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp",
-                            "routing", "traps", "services"});
+                            "routing", "traps", "services", "auth"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -58,6 +59,7 @@ public:
         vlans::boot_defaults(v_);
         if (root.has("vlan_settings")) vlan_settings(root.at("vlan_settings"));
         services(root.has("services") ? root.at("services") : empty("services"));
+        auth::build(v_, root.has("auth") ? root.at("auth") : empty("auth"));
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         port_controls(root);

@@ -10,6 +10,7 @@
 #include "swplatform/records_l2proto.hpp"
 #include "routing.hpp"
 #include "services.hpp"
+#include "auth.hpp"
 #include "traps.hpp"
 
 namespace swsim {
@@ -240,6 +241,7 @@ const Check kChecks[] = {
     {"stats", stats_writers},       {"fdb", fdb_entries},           {"hardware", hardware_chassis},
     {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
     {"image", traps::damage},       {"image", services::damage},
+    {"image", auth::damage},
 };
 
 }  // namespace

@@ -268,3 +268,4 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #include "swplatform/routing.h"
 #include "swplatform/traps.h"
 #include "swplatform/services.h"
+#include "swplatform/auth.h"

@@ -368,6 +368,29 @@ public:
     static const std::vector<ServiceSetting> &service_settings();
     static const std::vector<ServiceSetting> &service_lists();
 
+    // ---- port authentication ----
+    struct Dot1xPortInfo {
+        sw_dot1x_port_t status{};  // as status_dot1x_port answers it now
+        bool supplicant = false;   // a supplicant is logged on
+        int server = -1;           // RADIUS slot holding the port's request, -1 none
+        uint32_t params[SW_DOT1X_PARAMS] = {};  // SW_DOT1X_* settings
+    };
+    struct RadiusServerInfo {
+        int slot = 0;
+        sw_radius_server_t server{};      // in_use 0: a free slot
+        sw_radius_counters_t counters{};
+        bool down = false;                // never answers (operator's choice)
+    };
+    // A supplicant logs on to a port as user, from mac; the authenticator
+    // asks the RADIUS servers (see sim/README.md).
+    void dot1x_start(int unit0, int port0, const std::string &user, const uint8_t mac[6]);
+    // The RADIUS server holding the port's request accepts or rejects it.
+    void dot1x_answer(int unit0, int port0, bool accept);
+    void dot1x_logoff(int unit0, int port0);
+    void radius_server_down(int slot, bool down);
+    Dot1xPortInfo dot1x_port(int unit0, int port0) const;
+    std::vector<RadiusServerInfo> radius_servers() const;
+
     struct Impl;
 
 private:
