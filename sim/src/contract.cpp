@@ -37,6 +37,7 @@
 #include "traps.hpp"
 #include "services.hpp"
 #include "auth.hpp"
+#include "files.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -544,6 +545,10 @@ using namespace services::calls;
 namespace impl {
 using namespace auth::calls;
 }
+// The file store, TFTP and restarts live in files.cpp.
+namespace impl {
+using namespace files::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -783,7 +788,8 @@ using namespace routing::calls;
     SWSIM_ROUTING_CALLS(X)                                                                             \
     SWSIM_TRAPS_CALLS(X)                                                                               \
     SWSIM_SERVICES_CALLS(X)                                                                            \
-    SWSIM_AUTH_CALLS(X)
+    SWSIM_AUTH_CALLS(X)                                                                                \
+    SWSIM_FILES_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

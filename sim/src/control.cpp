@@ -14,6 +14,7 @@
 #include "traffic.hpp"
 #include "services.hpp"
 #include "auth.hpp"
+#include "files.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -571,5 +572,16 @@ void Switch::radius_server_down(int slot, bool down) {
 }
 Switch::Dot1xPortInfo Switch::dot1x_port(int unit0, int port0) const { return auth::port_info(impl_->v(), unit0, port0); }
 std::vector<Switch::RadiusServerInfo> Switch::radius_servers() const { return auth::radius_info(impl_->v()); }
+
+// ---- file store, TFTP and restarts --------------------------------------------------------------
+
+Switch::FilesInfo Switch::files() const { return files::info(impl_->v()); }
+std::vector<uint8_t> Switch::file_bytes(int kind, int slot) const { return files::file_bytes(impl_->v(), kind, slot); }
+void Switch::file_store(int kind, int slot, const std::string &name, const std::vector<uint8_t> &bytes) {
+    impl_->change([&](View &v) { files::ops::store(v, kind, slot, name, bytes); });
+}
+void Switch::set_tftp_port(int port) {
+    impl_->change([&](View &v) { files::ops::set_tftp_port(v, port); });
+}
 
 }  // namespace swsim

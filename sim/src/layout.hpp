@@ -40,6 +40,7 @@
 #include "layout_traps.hpp"
 #include "layout_services.hpp"
 #include "layout_auth.hpp"
+#include "layout_files.hpp"
 
 namespace swsim::layout {
 
@@ -192,6 +193,7 @@ struct ConfigModel {
     TrapsConfig traps;  // trap destinations
     ServicesConfig services;  // management services
     AuthConfig auth;  // 802.1X and RADIUS
+    FilesConfig files;  // TFTP settings
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -219,6 +221,7 @@ struct Hardware {
     TrapsHardware traps;  // what the trap service sent
     ServicesHardware services;  // what the service daemons run with
     AuthHardware auth;  // authenticators and the RADIUS client
+    FilesHardware files;  // file store, transfers, restarts
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -24,6 +24,7 @@
 #include "traffic.hpp"
 #include "services.hpp"
 #include "auth.hpp"
+#include "files.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 
@@ -45,7 +46,7 @@ public:
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
                             "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp",
-                            "routing", "traps", "services", "auth"});
+                            "routing", "traps", "services", "auth", "files"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -60,6 +61,7 @@ public:
         if (root.has("vlan_settings")) vlan_settings(root.at("vlan_settings"));
         services(root.has("services") ? root.at("services") : empty("services"));
         auth::build(v_, root.has("auth") ? root.at("auth") : empty("auth"));
+        files::build(v_, root.has("files") ? root.at("files") : empty("files"));
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         port_controls(root);

@@ -11,6 +11,7 @@
 #include "routing.hpp"
 #include "services.hpp"
 #include "auth.hpp"
+#include "files.hpp"
 #include "traps.hpp"
 
 namespace swsim {
@@ -241,7 +242,7 @@ const Check kChecks[] = {
     {"stats", stats_writers},       {"fdb", fdb_entries},           {"hardware", hardware_chassis},
     {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
     {"image", traps::damage},       {"image", services::damage},
-    {"image", auth::damage},
+    {"image", auth::damage},        {"hardware", files::damage},
 };
 
 }  // namespace

@@ -29,5 +29,7 @@ struct Verbs {
 
 // The chassis: power supplies, fans, alarms, load, uptime, device information.
 void add_chassis_verbs(CLI::App &app, const Verbs &verbs);
+// Port authentication: 802.1X supplicants and the RADIUS servers.
+void add_auth_verbs(CLI::App &app, const Verbs &verbs);
 
 }  // namespace swctl

@@ -391,6 +391,27 @@ public:
     Dot1xPortInfo dot1x_port(int unit0, int port0) const;
     std::vector<RadiusServerInfo> radius_servers() const;
 
+    // ---- file store, TFTP and restarts ----
+    struct FilesInfo {
+        sw_file_info_t firmware[SW_FIRMWARE_SLOTS] = {};
+        sw_file_info_t config[SW_CONFIG_SLOTS] = {};
+        uint32_t tftp_server = 0;  // host order, 0 none
+        int tftp_port = 69;        // where the simulated switch finds the TFTP server
+        std::string tftp_file;
+        int tftp_config_slot = 0;
+        int tftp_state = SW_TFTP_IDLE, tftp_action = 0;  // of the last transfer
+        std::string tftp_error;   // why it failed
+        uint32_t restarts = 0;    // restarts asked for
+        int last_restart = 0;     // SW_RESTART_* of the last one
+    };
+    FilesInfo files() const;
+    // A stored file's bytes (kind SW_FILE_*, slot from 0).
+    std::vector<uint8_t> file_bytes(int kind, int slot) const;
+    void file_store(int kind, int slot, const std::string &name, const std::vector<uint8_t> &bytes);
+    // The UDP port the switch's TFTP transfers go to (69 unless a test
+    // server listens elsewhere).
+    void set_tftp_port(int port);
+
     struct Impl;
 
 private:
