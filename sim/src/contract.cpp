@@ -38,6 +38,7 @@
 #include "services.hpp"
 #include "auth.hpp"
 #include "files.hpp"
+#include "filters.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -549,6 +550,10 @@ using namespace auth::calls;
 namespace impl {
 using namespace files::calls;
 }
+// Packet filters live in filters.cpp.
+namespace impl {
+using namespace filters::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -789,7 +794,8 @@ using namespace routing::calls;
     SWSIM_TRAPS_CALLS(X)                                                                               \
     SWSIM_SERVICES_CALLS(X)                                                                            \
     SWSIM_AUTH_CALLS(X)                                                                                \
-    SWSIM_FILES_CALLS(X)
+    SWSIM_FILES_CALLS(X)                                                                               \
+    SWSIM_FILTERS_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -15,6 +15,7 @@
 #include "services.hpp"
 #include "auth.hpp"
 #include "files.hpp"
+#include "filters.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -582,6 +583,15 @@ void Switch::file_store(int kind, int slot, const std::string &name, const std::
 }
 void Switch::set_tftp_port(int port) {
     impl_->change([&](View &v) { files::ops::set_tftp_port(v, port); });
+}
+
+// ---- packet filters ---------------------------------------------------------------------------
+
+void Switch::filter_set(int direction, int filter0, const FilterSettings &settings) {
+    impl_->change([&](View &v) { filters::ops::set(v, direction, filter0, settings); });
+}
+void Switch::filter_remove(int direction, int filter0) {
+    impl_->change([&](View &v) { filters::ops::remove(v, direction, filter0); });
 }
 
 }  // namespace swsim

@@ -41,6 +41,7 @@
 #include "layout_services.hpp"
 #include "layout_auth.hpp"
 #include "layout_files.hpp"
+#include "layout_filters.hpp"
 
 namespace swsim::layout {
 
@@ -194,6 +195,7 @@ struct ConfigModel {
     ServicesConfig services;  // management services
     AuthConfig auth;  // 802.1X and RADIUS
     FilesConfig files;  // TFTP settings
+    FiltersConfig filters;  // packet filters
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -222,6 +224,7 @@ struct Hardware {
     ServicesHardware services;  // what the service daemons run with
     AuthHardware auth;  // authenticators and the RADIUS client
     FilesHardware files;  // file store, transfers, restarts
+    FiltersHardware filters;  // what the filters match
 };
 
 // ---- statistics ---------------------------------------------------------------

@@ -25,6 +25,7 @@
 #include "services.hpp"
 #include "auth.hpp"
 #include "files.hpp"
+#include "filters.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 
@@ -46,7 +47,7 @@ public:
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
                             "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp",
-                            "routing", "traps", "services", "auth", "files"});
+                            "routing", "traps", "services", "auth", "files", "filters"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -71,6 +72,8 @@ public:
         chassis(root.has("chassis") ? root.at("chassis") : empty("chassis"));
         lldp::scenario(v_, root.has("lldp") ? root.at("lldp") : empty("lldp"), [this](const Field &f) { return select(f); });
         routing::build(v_, root.has("routing") ? root.at("routing") : empty("routing"));
+        filters::build(v_, root.has("filters") ? root.at("filters") : empty("filters"),
+                       [this](const Field &f) { return select(f); });
         if (root.has("traps")) traps(root.at("traps"));
         // A switch that just booted has no VLAN changes to report.
         sw_status_t &s = *v_.status;

@@ -12,6 +12,7 @@
 #include "services.hpp"
 #include "auth.hpp"
 #include "files.hpp"
+#include "filters.hpp"
 #include "traps.hpp"
 
 namespace swsim {
@@ -243,6 +244,7 @@ const Check kChecks[] = {
     {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
     {"image", traps::damage},       {"image", services::damage},
     {"image", auth::damage},        {"hardware", files::damage},
+    {"hardware", filters::damage},
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 // swctl's commands for the file store: what it holds, the last TFTP
 // transfer and the restarts asked for, the port TFTP transfers go to, and
-// files loaded into it or copied out of it.
+// files loaded into it or copied out of it; and the packet filters whose
+// counters the filter-counter tables show.
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -16,9 +18,12 @@ namespace {
 using swsim::Switch;
 
 struct Args {
-    std::string kind = "config", slot, name, path;
-    int port = 69;
+    std::string kind = "config", slot, name, path, direction = "in", rule = "deny any any", ports;
+    int port = 69, packet_bytes = 64;
+    long long pps = 0;
 };
+
+int direction_of(const std::string &text) { return text == "out" ? SW_FILTER_EGRESS : SW_FILTER_INGRESS; }
 
 int kind_of(const std::string &text) { return text == "firmware" ? SW_FILE_FIRMWARE : SW_FILE_CONFIG; }
 
@@ -69,6 +74,34 @@ void add_files_verbs(CLI::App &app, const Verbs &v) {
     save->add_option("kind", args.kind, "firmware or config")->required()->check(CLI::IsMember({"firmware", "config"}));
     save->add_option("file", args.slot, "Its number in the store")->required();
     save->add_option("path", args.path, "Where to write it")->required();
+
+    auto *filter = app.add_subcommand("filter", "Packet filters on ports and the packets they match");
+    filter->require_subcommand(1);
+    auto *set = v.add(filter, "set", "Put a filter into a slot (its counts start from zero)", [v](Switch &sw) {
+        Switch::FilterSettings s;
+        s.name = args.name;
+        s.rule = args.rule;
+        s.pps = uint64_t(args.pps);
+        s.packet_bytes = args.packet_bytes;
+        for (std::size_t at = 0; at < args.ports.size();) {
+            const std::size_t comma = std::min(args.ports.find(',', at), args.ports.size());
+            s.ports.push_back(v.port(args.ports.substr(at, comma - at)));
+            at = comma + 1;
+        }
+        sw.filter_set(direction_of(args.direction), v.index(args.slot, "filter number"), s);
+    });
+    set->add_option("direction", args.direction, "in or out")->required()->check(CLI::IsMember({"in", "out"}));
+    set->add_option("filter", args.slot, "1..16")->required();
+    set->add_option("name", args.name, "Its name")->required();
+    set->add_option("ports", args.ports, "U/P,U/P,... it is applied on")->required();
+    set->add_option("--rule", args.rule, "Its rule as text")->capture_default_str();
+    set->add_option("--pps", args.pps, "Packets it matches a second on each port")->check(CLI::Range(0, 20000000));
+    set->add_option("--packet-bytes", args.packet_bytes, "Their size")->check(CLI::Range(64, 9216))->capture_default_str();
+    auto *remove = v.add(filter, "remove", "Remove a filter", [v](Switch &sw) {
+        sw.filter_remove(direction_of(args.direction), v.index(args.slot, "filter number"));
+    });
+    remove->add_option("direction", args.direction, "in or out")->required()->check(CLI::IsMember({"in", "out"}));
+    remove->add_option("filter", args.slot, "1..16")->required();
 }
 
 }  // namespace swctl

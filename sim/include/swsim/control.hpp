@@ -412,6 +412,18 @@ public:
     // server listens elsewhere).
     void set_tftp_port(int port);
 
+    // ---- packet filters ----
+    struct FilterSettings {
+        std::string name, rule;
+        std::vector<std::pair<int, int>> ports;  // (unit0, port0) it is applied on
+        uint64_t pps = 0;                        // packets it matches a second on each port
+        int packet_bytes = 64;
+    };
+    // direction SW_FILTER_INGRESS or SW_FILTER_EGRESS, filter0 from 0; the
+    // counts of a filter set anew start from zero.
+    void filter_set(int direction, int filter0, const FilterSettings &settings);
+    void filter_remove(int direction, int filter0);
+
     struct Impl;
 
 private:
