@@ -137,15 +137,24 @@ int32_t get_dot1xAuthAuthControlledPortControl(int32_t i) { return int32_t(param
 int set_dot1xAuthAuthControlledPortControl(int32_t i, int32_t v) {
     return set_param(i, SW_DOT1X_PORT_CONTROL, uint32_t(v));
 }
-uint32_t get_dot1xAuthQuietPeriod(int32_t i) { return param(i, SW_DOT1X_QUIET_PERIOD); }
-int set_dot1xAuthQuietPeriod(int32_t i, uint32_t v) { return set_param(i, SW_DOT1X_QUIET_PERIOD, v); }
-uint32_t get_dot1xAuthTxPeriod(int32_t i) { return param(i, SW_DOT1X_TX_PERIOD); }
-uint32_t get_dot1xAuthSuppTimeout(int32_t i) { return param(i, SW_DOT1X_SUPP_TIMEOUT); }
-uint32_t get_dot1xAuthServerTimeout(int32_t i) { return param(i, SW_DOT1X_SERVER_TIMEOUT); }
-int set_dot1xAuthServerTimeout(int32_t i, uint32_t v) { return set_param(i, SW_DOT1X_SERVER_TIMEOUT, v); }
-uint32_t get_dot1xAuthMaxReq(int32_t i) { return param(i, SW_DOT1X_MAX_REQ); }
-uint32_t get_dot1xAuthReAuthPeriod(int32_t i) { return param(i, SW_DOT1X_REAUTH_PERIOD); }
-int set_dot1xAuthReAuthPeriod(int32_t i, uint32_t v) { return set_param(i, SW_DOT1X_REAUTH_PERIOD, v); }
+// Periods and counts: the platform's number as it is.
+#define SA_DOT1X_NUMBER(column, which) \
+    uint32_t get_##column(int32_t i) { return param(i, which); }
+#define SA_DOT1X_SETTABLE_NUMBER(column, which) \
+    SA_DOT1X_NUMBER(column, which)              \
+    int set_##column(int32_t i, uint32_t v) { return set_param(i, which, v); }
+SA_DOT1X_SETTABLE_NUMBER(dot1xAuthQuietPeriod, SW_DOT1X_QUIET_PERIOD)
+SA_DOT1X_NUMBER(dot1xAuthTxPeriod, SW_DOT1X_TX_PERIOD)
+SA_DOT1X_NUMBER(dot1xAuthSuppTimeout, SW_DOT1X_SUPP_TIMEOUT)
+SA_DOT1X_SETTABLE_NUMBER(dot1xAuthServerTimeout, SW_DOT1X_SERVER_TIMEOUT)
+SA_DOT1X_NUMBER(dot1xAuthMaxReq, SW_DOT1X_MAX_REQ)
+SA_DOT1X_SETTABLE_NUMBER(dot1xAuthReAuthPeriod, SW_DOT1X_REAUTH_PERIOD)
+SA_DOT1X_SETTABLE_NUMBER(dot1xSuppHeldPeriod, SW_DOT1X_SUPP_HELD_PERIOD)
+SA_DOT1X_SETTABLE_NUMBER(dot1xSuppAuthPeriod, SW_DOT1X_SUPP_AUTH_PERIOD)
+SA_DOT1X_SETTABLE_NUMBER(dot1xSuppStartPeriod, SW_DOT1X_SUPP_START_PERIOD)
+SA_DOT1X_SETTABLE_NUMBER(dot1xSuppMaxStart, SW_DOT1X_SUPP_MAX_START)
+#undef SA_DOT1X_SETTABLE_NUMBER
+#undef SA_DOT1X_NUMBER
 int32_t get_dot1xAuthReAuthEnabled(int32_t i) { return truth_param(i, SW_DOT1X_REAUTH_ENABLED); }
 int set_dot1xAuthReAuthEnabled(int32_t i, int32_t v) { return set_truth_param(i, SW_DOT1X_REAUTH_ENABLED, v); }
 int32_t get_dot1xAuthKeyTxEnabled(int32_t i) { return truth_param(i, SW_DOT1X_KEY_TX_ENABLED); }
@@ -243,14 +252,6 @@ const uint8_t *get_dot1xAuthSessionUserName(int32_t i, size_t *len) {
 // ---- dot1xSuppConfigTable -----------------------------------------------------------------
 
 int32_t get_dot1xSuppPaeState(int32_t i) { return int32_t(record(i).supp_pae_state); }
-uint32_t get_dot1xSuppHeldPeriod(int32_t i) { return param(i, SW_DOT1X_SUPP_HELD_PERIOD); }
-int set_dot1xSuppHeldPeriod(int32_t i, uint32_t v) { return set_param(i, SW_DOT1X_SUPP_HELD_PERIOD, v); }
-uint32_t get_dot1xSuppAuthPeriod(int32_t i) { return param(i, SW_DOT1X_SUPP_AUTH_PERIOD); }
-int set_dot1xSuppAuthPeriod(int32_t i, uint32_t v) { return set_param(i, SW_DOT1X_SUPP_AUTH_PERIOD, v); }
-uint32_t get_dot1xSuppStartPeriod(int32_t i) { return param(i, SW_DOT1X_SUPP_START_PERIOD); }
-int set_dot1xSuppStartPeriod(int32_t i, uint32_t v) { return set_param(i, SW_DOT1X_SUPP_START_PERIOD, v); }
-uint32_t get_dot1xSuppMaxStart(int32_t i) { return param(i, SW_DOT1X_SUPP_MAX_START); }
-int set_dot1xSuppMaxStart(int32_t i, uint32_t v) { return set_param(i, SW_DOT1X_SUPP_MAX_START, v); }
 int32_t get_dot1xSuppControlledPortStatus(int32_t i) {
     const sw_dot1x_port_t r = record(i);
     return r.supp_pae_state == 0 ? 0 : port_status(r.supp_authorized);

@@ -409,13 +409,7 @@ int cfg_get_radius_retransmit(const View &v) { return int(cfg(v).radius_retransm
 int cfg_set_radius_retransmit(const View &v, int count) { return set_range(cfg(v).radius_retransmit, count, 1, 30); }
 int cfg_get_radius_timeout(const View &v) { return int(cfg(v).radius_timeout); }
 int cfg_set_radius_timeout(const View &v, int seconds) { return set_range(cfg(v).radius_timeout, seconds, 1, 65535); }
-int cfg_get_radius_key(const View &v, char *buf, size_t size) {
-    const std::size_t n = strnlen(cfg(v).radius_key, SW_RADIUS_KEY_SIZE - 1);
-    if (!buf || n >= size) return -1;
-    std::memcpy(buf, cfg(v).radius_key, n);
-    buf[n] = '\0';
-    return 0;
-}
+int cfg_get_radius_key(const View &v, char *buf, size_t size) { return text_out(cfg(v).radius_key, buf, size); }
 int cfg_set_radius_key(const View &v, const char *key) { return set_key(cfg(v).radius_key, key); }
 
 int cfg_get_radius_server(const View &v, int slot, sw_radius_server_t *out) {

@@ -239,13 +239,7 @@ int cfg_set_tftp_server(const View &v, uint32_t addr) {
     cfg(v).tftp_server = addr;
     return 0;
 }
-int cfg_get_tftp_file(const View &v, char *buf, size_t size) {
-    const std::size_t n = strnlen(cfg(v).tftp_file, SW_FILE_NAME_SIZE - 1);
-    if (!buf || n >= size) return -1;
-    std::memcpy(buf, cfg(v).tftp_file, n);
-    buf[n] = '\0';
-    return 0;
-}
+int cfg_get_tftp_file(const View &v, char *buf, size_t size) { return text_out(cfg(v).tftp_file, buf, size); }
 int cfg_set_tftp_file(const View &v, const char *name) {
     if (!name_ok(name)) return -1;
     copy_text(cfg(v).tftp_file, name);

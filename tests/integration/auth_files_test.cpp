@@ -2,7 +2,8 @@
 // scenarios/default.json: supplicants driven with swctl seen in the 802.1X
 // and RADIUS tables, servers added and refused through SNMP, the 802.1X
 // tables that stay unregistered, TFTP transfers both ways with Debian's
-// tftpd-hpa, a transfer to a server that never answers, and a restart.
+// tftpd-hpa, a transfer to a server that never answers, a restart, and the
+// filter counters.
 #include <chrono>
 #include <cstdlib>
 #include <thread>
@@ -182,6 +183,29 @@ TEST_F(Files, ARestartIsRecordedOnceAndTheUptimeStartsAgain) {
     EXPECT_EQ(sw().files().last_restart, SW_RESTART_WARM);
     EXPECT_LT(must_get(kSysUpTime).integer, 100);
     EXPECT_EQ(must_get(kRestartControl).integer, 1);
+}
+
+TEST_F(Files, FilterCountersListTheFiltersAndCountWhatTheyMatch) {
+    const Oid counters = parse_oid("1.3.6.1.4.1.99999.3.5.201.1.23");
+    const Oid packets = child(counters, {2, 1, 1});
+    // The scenario's ingress filter on ports 1/1-4.
+    EXPECT_EQ(must_get(child(counters, {1, 1, 1, 1})).bytes, "block-telnet");
+    const std::vector<VarBind> walk = reader().walk(packets);
+    ASSERT_EQ(walk.size(), 4u);
+    EXPECT_EQ(walk.front().oid, child(packets, {1, 1}));
+    EXPECT_EQ(walk.front().type, kCounter64);
+    ASSERT_EQ(swctl("filter set in 2 web 1/7 --pps 100000 --packet-bytes 100"), 0);
+    const long first = must_get(child(packets, {2, 7})).integer;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const VarBind later = must_get(child(packets, {2, 7}));
+    EXPECT_GT(later.integer, first);
+    EXPECT_EQ(must_get(child(counters, {2, 1, 2, 2, 7})).integer % 100, 0);  // octets of 100-byte packets
+    // The egress table is its own.
+    EXPECT_EQ(reader().walk(child(counters, {4, 1, 1})).size(), 1u);
+    ASSERT_EQ(swctl("filter remove in 2"), 0);
+    Response r = reader().get({child(packets, {2, 7})});
+    ASSERT_EQ(r.varbinds.size(), 1u);
+    EXPECT_TRUE(r.varbinds[0].is_exception());
 }
 
 }  // namespace
