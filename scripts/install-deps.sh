@@ -12,6 +12,7 @@ packages=(
   nlohmann-json3-dev libcli11-dev    # scenarios and the control tool
   smitools                           # smilint for the private MIB text
   lldpd iproute2                     # a real LLDP peer in network namespaces (LLDP tests)
+  tftpd-hpa                          # a real TFTP server on a loopback port (TFTP tests)
   python3
   "$@"
 )

@@ -36,6 +36,9 @@
 #include "traffic.hpp"
 #include "traps.hpp"
 #include "services.hpp"
+#include "auth.hpp"
+#include "files.hpp"
+#include "filters.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -539,6 +542,18 @@ using namespace traps::calls;
 namespace impl {
 using namespace services::calls;
 }
+// Port authentication lives in auth.cpp.
+namespace impl {
+using namespace auth::calls;
+}
+// The file store, TFTP and restarts live in files.cpp.
+namespace impl {
+using namespace files::calls;
+}
+// Packet filters live in filters.cpp.
+namespace impl {
+using namespace filters::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -789,7 +804,10 @@ using namespace rmon::calls;
     SWSIM_ROUTING_CALLS(X)                                                                             \
     SWSIM_TRAPS_CALLS(X)                                                                               \
     SWSIM_SERVICES_CALLS(X)                                                                            \
-    SWSIM_RMON_CALLS(X)
+    SWSIM_RMON_CALLS(X)                                                                                \
+    SWSIM_AUTH_CALLS(X)                                                                                \
+    SWSIM_FILES_CALLS(X)                                                                               \
+    SWSIM_FILTERS_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

@@ -16,6 +16,9 @@
 #include "shared_atomic.hpp"
 #include "traffic.hpp"
 #include "services.hpp"
+#include "auth.hpp"
+#include "files.hpp"
+#include "filters.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -556,6 +559,43 @@ void Switch::ssh_keys(const std::string &kind, bool create) {
 }
 const std::vector<Switch::ServiceSetting> &Switch::service_settings() { return services::settings(); }
 const std::vector<Switch::ServiceSetting> &Switch::service_lists() { return services::lists(); }
+
+// ---- port authentication ----------------------------------------------------------------------
+
+void Switch::dot1x_start(int unit0, int port0, const std::string &user, const uint8_t mac[6]) {
+    impl_->change([&](View &v) { auth::ops::supplicant_start(v, unit0, port0, user, mac); });
+}
+void Switch::dot1x_answer(int unit0, int port0, bool accept) {
+    impl_->change([&](View &v) { auth::ops::radius_answer(v, unit0, port0, accept); });
+}
+void Switch::dot1x_logoff(int unit0, int port0) {
+    impl_->change([&](View &v) { auth::ops::supplicant_logoff(v, unit0, port0); });
+}
+void Switch::radius_server_down(int slot, bool down) {
+    impl_->change([&](View &v) { auth::ops::set_server_down(v, slot, down); });
+}
+Switch::Dot1xPortInfo Switch::dot1x_port(int unit0, int port0) const { return auth::port_info(impl_->v(), unit0, port0); }
+std::vector<Switch::RadiusServerInfo> Switch::radius_servers() const { return auth::radius_info(impl_->v()); }
+
+// ---- file store, TFTP and restarts --------------------------------------------------------------
+
+Switch::FilesInfo Switch::files() const { return files::info(impl_->v()); }
+std::vector<uint8_t> Switch::file_bytes(int kind, int slot) const { return files::file_bytes(impl_->v(), kind, slot); }
+void Switch::file_store(int kind, int slot, const std::string &name, const std::vector<uint8_t> &bytes) {
+    impl_->change([&](View &v) { files::ops::store(v, kind, slot, name, bytes); });
+}
+void Switch::set_tftp_port(int port) {
+    impl_->change([&](View &v) { files::ops::set_tftp_port(v, port); });
+}
+
+// ---- packet filters ---------------------------------------------------------------------------
+
+void Switch::filter_set(int direction, int filter0, const FilterSettings &settings) {
+    impl_->change([&](View &v) { filters::ops::set(v, direction, filter0, settings); });
+}
+void Switch::filter_remove(int direction, int filter0) {
+    impl_->change([&](View &v) { filters::ops::remove(v, direction, filter0); });
+}
 
 }  // namespace swsim
 

@@ -40,11 +40,14 @@
 #include "layout_traps.hpp"
 #include "layout_services.hpp"
 #include "layout_rmon.hpp"
+#include "layout_auth.hpp"
+#include "layout_files.hpp"
+#include "layout_filters.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 7;
+inline constexpr uint32_t kVersion = 8;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -192,6 +195,9 @@ struct ConfigModel {
     TrapsConfig traps;  // trap destinations
     ServicesConfig services;  // management services
     RmonConfig rmon;  // RMON statistics and history rows
+    AuthConfig auth;  // 802.1X and RADIUS
+    FilesConfig files;  // TFTP settings
+    FiltersConfig filters;  // packet filters
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);
@@ -219,6 +225,9 @@ struct Hardware {
     TrapsHardware traps;  // what the trap service sent
     ServicesHardware services;  // what the service daemons run with
     RmonHardware rmon;  // RMON engine state
+    AuthHardware auth;  // authenticators and the RADIUS client
+    FilesHardware files;  // file store, transfers, restarts
+    FiltersHardware filters;  // what the filters match
 };
 
 // ---- statistics ---------------------------------------------------------------

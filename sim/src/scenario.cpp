@@ -24,6 +24,9 @@
 #include "vlans.hpp"
 #include "traffic.hpp"
 #include "services.hpp"
+#include "auth.hpp"
+#include "files.hpp"
+#include "filters.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 
@@ -45,7 +48,7 @@ public:
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
                             "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp",
-                            "routing", "traps", "services", "rmon"});
+                            "routing", "traps", "services", "rmon", "auth", "files", "filters"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -59,6 +62,8 @@ public:
         vlans::boot_defaults(v_);
         if (root.has("vlan_settings")) vlan_settings(root.at("vlan_settings"));
         services(root.has("services") ? root.at("services") : empty("services"));
+        auth::build(v_, root.has("auth") ? root.at("auth") : empty("auth"));
+        files::build(v_, root.has("files") ? root.at("files") : empty("files"));
         if (root.has("fdb"))
             for (const Field &f : root.at("fdb").items()) fdb_item(f);
         port_controls(root);
@@ -68,6 +73,8 @@ public:
         chassis(root.has("chassis") ? root.at("chassis") : empty("chassis"));
         lldp::scenario(v_, root.has("lldp") ? root.at("lldp") : empty("lldp"), [this](const Field &f) { return select(f); });
         routing::build(v_, root.has("routing") ? root.at("routing") : empty("routing"));
+        filters::build(v_, root.has("filters") ? root.at("filters") : empty("filters"),
+                       [this](const Field &f) { return select(f); });
         if (root.has("traps")) traps(root.at("traps"));
         rmon::scenario(v_, root.has("rmon") ? root.at("rmon") : empty("rmon"), [this](const Field &f) { return select(f); });
         // A switch that just booted has no VLAN changes to report.

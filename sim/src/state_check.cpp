@@ -11,6 +11,9 @@
 #include "rmon.hpp"
 #include "routing.hpp"
 #include "services.hpp"
+#include "auth.hpp"
+#include "files.hpp"
+#include "filters.hpp"
 #include "traps.hpp"
 
 namespace swsim {
@@ -241,6 +244,8 @@ const Check kChecks[] = {
     {"stats", stats_writers},       {"fdb", fdb_entries},           {"hardware", hardware_chassis},
     {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
     {"image", traps::damage},       {"image", services::damage},    {"image", rmon::damage},
+    {"image", auth::damage},        {"hardware", files::damage},
+    {"hardware", filters::damage},
 };
 
 }  // namespace

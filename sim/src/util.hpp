@@ -22,6 +22,16 @@ template <std::size_t N>
 inline std::string text_of(const char (&src)[N]) {
     return std::string(src, strnlen(src, N));
 }
+// A text field into a caller's buffer, whole or not at all: 0, or -1 when
+// it does not fit.
+template <std::size_t N>
+inline int text_out(const char (&src)[N], char *buf, std::size_t size) {
+    const std::size_t n = strnlen(src, N - 1);
+    if (!buf || n >= size) return -1;
+    std::memcpy(buf, src, n);
+    buf[n] = '\0';
+    return 0;
+}
 
 // Adds n to a MAC address read as a 48-bit number.
 inline void mac_add(const uint8_t in[6], uint64_t n, uint8_t out[6]) {

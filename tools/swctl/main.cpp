@@ -300,6 +300,8 @@ public:
         add_l2proto();
         add_ifaces();
         swctl::add_chassis_verbs(app_, verbs());
+        swctl::add_auth_verbs(app_, verbs());
+        swctl::add_files_verbs(app_, verbs());
         swctl::add_lldp_commands(
             app_, [this](CLI::App *parent, const std::string &name, const std::string &help, Action act) {
                 return add(parent, name, help, act);

@@ -29,5 +29,9 @@ struct Verbs {
 
 // The chassis: power supplies, fans, alarms, load, uptime, device information.
 void add_chassis_verbs(CLI::App &app, const Verbs &verbs);
+// Port authentication: 802.1X supplicants and the RADIUS servers.
+void add_auth_verbs(CLI::App &app, const Verbs &verbs);
+// The file store, TFTP transfers and restarts.
+void add_files_verbs(CLI::App &app, const Verbs &verbs);
 
 }  // namespace swctl

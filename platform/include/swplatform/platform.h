@@ -269,3 +269,6 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #include "swplatform/traps.h"
 #include "swplatform/services.h"
 #include "swplatform/rmon.h"
+#include "swplatform/auth.h"
+#include "swplatform/files.h"
+#include "swplatform/filters.h"

@@ -437,6 +437,62 @@ public:
     static const std::vector<ServiceSetting> &service_settings();
     static const std::vector<ServiceSetting> &service_lists();
 
+    // ---- port authentication ----
+    struct Dot1xPortInfo {
+        sw_dot1x_port_t status{};  // as status_dot1x_port answers it now
+        bool supplicant = false;   // a supplicant is logged on
+        int server = -1;           // RADIUS slot holding the port's request, -1 none
+        uint32_t params[SW_DOT1X_PARAMS] = {};  // SW_DOT1X_* settings
+    };
+    struct RadiusServerInfo {
+        int slot = 0;
+        sw_radius_server_t server{};      // in_use 0: a free slot
+        sw_radius_counters_t counters{};
+        bool down = false;                // never answers (operator's choice)
+    };
+    // A supplicant logs on to a port as user, from mac; the authenticator
+    // asks the RADIUS servers (see sim/README.md).
+    void dot1x_start(int unit0, int port0, const std::string &user, const uint8_t mac[6]);
+    // The RADIUS server holding the port's request accepts or rejects it.
+    void dot1x_answer(int unit0, int port0, bool accept);
+    void dot1x_logoff(int unit0, int port0);
+    void radius_server_down(int slot, bool down);
+    Dot1xPortInfo dot1x_port(int unit0, int port0) const;
+    std::vector<RadiusServerInfo> radius_servers() const;
+
+    // ---- file store, TFTP and restarts ----
+    struct FilesInfo {
+        sw_file_info_t firmware[SW_FIRMWARE_SLOTS] = {};
+        sw_file_info_t config[SW_CONFIG_SLOTS] = {};
+        uint32_t tftp_server = 0;  // host order, 0 none
+        int tftp_port = 69;        // where the simulated switch finds the TFTP server
+        std::string tftp_file;
+        int tftp_config_slot = 0;
+        int tftp_state = SW_TFTP_IDLE, tftp_action = 0;  // of the last transfer
+        std::string tftp_error;   // why it failed
+        uint32_t restarts = 0;    // restarts asked for
+        int last_restart = 0;     // SW_RESTART_* of the last one
+    };
+    FilesInfo files() const;
+    // A stored file's bytes (kind SW_FILE_*, slot from 0).
+    std::vector<uint8_t> file_bytes(int kind, int slot) const;
+    void file_store(int kind, int slot, const std::string &name, const std::vector<uint8_t> &bytes);
+    // The UDP port the switch's TFTP transfers go to (69 unless a test
+    // server listens elsewhere).
+    void set_tftp_port(int port);
+
+    // ---- packet filters ----
+    struct FilterSettings {
+        std::string name, rule;
+        std::vector<std::pair<int, int>> ports;  // (unit0, port0) it is applied on
+        uint64_t pps = 0;                        // packets it matches a second on each port
+        int packet_bytes = 64;
+    };
+    // direction SW_FILTER_INGRESS or SW_FILTER_EGRESS, filter0 from 0; the
+    // counts of a filter set anew start from zero.
+    void filter_set(int direction, int filter0, const FilterSettings &settings);
+    void filter_remove(int direction, int filter0);
+
     struct Impl;
 
 private:
