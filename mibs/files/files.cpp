@@ -1,7 +1,8 @@
 // Firmware images and configuration files: the file store (fileInfoTable),
 // the start-up choices (restartFirmware, restartConfig), TFTP transfers
 // between the store and a TFTP server (tftpServer, tftpFile,
-// tftpFlashConfig, tftpAction) and restarts (restartControl).
+// tftpFlashConfig, tftpAction) and restarts (restartControl, and
+// switchResObj's factory reset).
 //
 // A transfer runs on its own once tftpAction starts it: reading tftpAction
 // tells whether it is in progress, succeeded or failed.
@@ -48,6 +49,21 @@ constexpr int32_t kInProgress = 6, kSucceeded = 7, kFailed = 8;
 
 // restartControl: none(1), warmRestart(2), coldRestart(3).
 constexpr int32_t kRestartNone = 1, kRestartWarm = 2, kRestartCold = 3;
+// switchResObj: normal(1), factoryReset(2).
+constexpr int32_t kResetNormal = 1, kResetFactory = 2;
+
+// A restart action object's write: its `none` value does nothing, the
+// values of `kinds` ask for their restart, any other is refused.
+struct RestartValue {
+    int32_t value;
+    int kind;  // SW_RESTART_*
+};
+int restart_for(int32_t value, int32_t none, std::initializer_list<RestartValue> kinds) {
+    if (value == none) return 0;
+    for (const RestartValue &k : kinds)
+        if (k.value == value) return cfg_restart(k.kind);
+    return -1;
+}
 
 }  // namespace
 
@@ -110,13 +126,12 @@ int set_restartConfig(int32_t index) { return set_startup_index(SW_FILE_CONFIG, 
 
 int32_t get_restartControl(void) { return kRestartNone; }
 int set_restartControl(int32_t value) {
-    switch (value) {
-    case kRestartNone: return 0;
-    case kRestartWarm: return cfg_restart(SW_RESTART_WARM);
-    case kRestartCold: return cfg_restart(SW_RESTART_COLD);
-    default: return -1;
-    }
+    return restart_for(value, kRestartNone, {{kRestartWarm, SW_RESTART_WARM}, {kRestartCold, SW_RESTART_COLD}});
 }
+// Factory reset: the start-up configuration file takes the factory
+// configuration and the whole switch restarts.
+int32_t get_switchResObj(void) { return kResetNormal; }
+int set_switchResObj(int32_t value) { return restart_for(value, kResetNormal, {{kResetFactory, SW_RESTART_FACTORY}}); }
 
 // ---- fileInfoTable ----------------------------------------------------------------------
 

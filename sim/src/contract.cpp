@@ -39,6 +39,7 @@
 #include "auth.hpp"
 #include "files.hpp"
 #include "filters.hpp"
+#include "cfm.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
 
@@ -561,6 +562,10 @@ using namespace files::calls;
 namespace impl {
 using namespace filters::calls;
 }
+// CFM delay measurement probes live in cfm.cpp.
+namespace impl {
+using namespace cfm::calls;
+}
 
 // Pure helpers keep their own names in namespace helpers.
 namespace impl {
@@ -814,7 +819,8 @@ using namespace rmon::calls;
     SWSIM_RMON_CALLS(X)                                                                                \
     SWSIM_AUTH_CALLS(X)                                                                                \
     SWSIM_FILES_CALLS(X)                                                                               \
-    SWSIM_FILTERS_CALLS(X)
+    SWSIM_FILTERS_CALLS(X)                                                                             \
+    SWSIM_CFM_CALLS(X)
 
 #define SWSIM_HELPER_CALLS(P)                                                                          \
     P(int, ip_str_to_uint32, (const char *text, uint32_t *addr), (text, addr))                          \

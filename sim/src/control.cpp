@@ -19,6 +19,7 @@
 #include "auth.hpp"
 #include "files.hpp"
 #include "filters.hpp"
+#include "cfm.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 #include "vlans.hpp"
@@ -596,6 +597,16 @@ void Switch::filter_set(int direction, int filter0, const FilterSettings &settin
 void Switch::filter_remove(int direction, int filter0) {
     impl_->change([&](View &v) { filters::ops::remove(v, direction, filter0); });
 }
+
+// ---- CFM delay measurement probes ----------------------------------------------------------------
+
+void Switch::cfm_probe_add(const CfmProbeSettings &settings) {
+    impl_->change([&](View &v) { cfm::ops::add(v, settings); });
+}
+void Switch::cfm_probe_remove(uint32_t id) {
+    impl_->change([&](View &v) { cfm::ops::remove(v, id); });
+}
+std::vector<Switch::CfmProbeInfo> Switch::cfm_probes() const { return cfm::info(impl_->v()); }
 
 }  // namespace swsim
 

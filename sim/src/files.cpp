@@ -69,6 +69,14 @@ int startup_slot(const View &v, int kind) {
     return -1;
 }
 
+// The configuration a new switch starts from, and what a factory reset
+// puts back into the start-up configuration file (the first slot when
+// none is chosen).
+void write_factory_config(const View &v, int slot) {
+    static const char kConfig[] = "hostname switch\n!\nend\n";
+    write_file(v, SW_FILE_CONFIG, slot, "startup-config", reinterpret_cast<const uint8_t *>(kConfig), sizeof kConfig - 1);
+}
+
 // Where a transfer's file comes from or goes to.
 struct Target {
     int kind, slot;
@@ -131,10 +139,9 @@ void defaults(View &v) {
     h.last_restart = 0;
     h.last_restart_ns = 0;
     static const char kFirmware[] = "switch firmware 1.0.0\n";
-    static const char kConfig[] = "hostname switch\n!\nend\n";
     write_file(v, SW_FILE_FIRMWARE, 0, "switch-fw-1.0.0.bin", reinterpret_cast<const uint8_t *>(kFirmware),
                sizeof kFirmware - 1);
-    write_file(v, SW_FILE_CONFIG, 0, "startup-config", reinterpret_cast<const uint8_t *>(kConfig), sizeof kConfig - 1);
+    write_factory_config(v, 0);
 }
 
 void build(View &v, const Field &f) {
@@ -300,7 +307,11 @@ int flash_tftp_clear(const View &v) {
 }
 
 int cfg_restart(const View &v, int kind) {
-    if (kind != SW_RESTART_WARM && kind != SW_RESTART_COLD) return -1;
+    if (kind != SW_RESTART_WARM && kind != SW_RESTART_COLD && kind != SW_RESTART_FACTORY) return -1;
+    if (kind == SW_RESTART_FACTORY) {
+        const int slot = startup_slot(v, SW_FILE_CONFIG);
+        write_factory_config(v, slot < 0 ? 0 : slot);
+    }
     layout::FilesHardware &h = hw(v);
     ++h.restarts;
     h.last_restart = kind;

@@ -43,11 +43,12 @@
 #include "layout_auth.hpp"
 #include "layout_files.hpp"
 #include "layout_filters.hpp"
+#include "layout_cfm.hpp"
 
 namespace swsim::layout {
 
 inline constexpr char kMagic[8] = {'S', 'W', 'S', 'I', 'M', 'S', 'T', '\n'};
-inline constexpr uint32_t kVersion = 8;
+inline constexpr uint32_t kVersion = 9;
 inline constexpr std::size_t kPage = 4096;
 
 inline constexpr int kPhysPorts = SW_MAX_UNITS * SW_PORTS_PER_UNIT;  // 512
@@ -198,6 +199,7 @@ struct ConfigModel {
     AuthConfig auth;  // 802.1X and RADIUS
     FilesConfig files;  // TFTP settings
     FiltersConfig filters;  // packet filters
+    CfmConfig cfm;  // CFM delay measurement probes
 };
 static_assert(sizeof(ConfigModel) <= swp::cfg_image::kPlatformAreaSize);
 static_assert(kTrafficIfaces == kIfaces);

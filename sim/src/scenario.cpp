@@ -27,6 +27,7 @@
 #include "auth.hpp"
 #include "files.hpp"
 #include "filters.hpp"
+#include "cfm.hpp"
 #include "traps.hpp"
 #include "util.hpp"
 
@@ -48,7 +49,7 @@ public:
     void build(const Field &root) {
         root.expect_object({"description", "system", "units", "ports", "trunks", "vlans", "fdb", "vlan_settings",
                             "transceivers", "traffic", "stp", "igmp", "eaps", "interfaces", "chassis", "lldp",
-                            "routing", "traps", "services", "rmon", "auth", "files", "filters"});
+                            "routing", "traps", "services", "rmon", "auth", "files", "filters", "cfm"});
         if (root.has("description")) root.at("description").text(4096);
         system(root.has("system") ? root.at("system") : empty("system"));
         units(root);
@@ -75,6 +76,7 @@ public:
         routing::build(v_, root.has("routing") ? root.at("routing") : empty("routing"));
         filters::build(v_, root.has("filters") ? root.at("filters") : empty("filters"),
                        [this](const Field &f) { return select(f); });
+        cfm::build(v_, root.has("cfm") ? root.at("cfm") : empty("cfm"), [this](const Field &f) { return select(f); });
         if (root.has("traps")) traps(root.at("traps"));
         rmon::scenario(v_, root.has("rmon") ? root.at("rmon") : empty("rmon"), [this](const Field &f) { return select(f); });
         // A switch that just booted has no VLAN changes to report.

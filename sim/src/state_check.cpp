@@ -14,6 +14,7 @@
 #include "auth.hpp"
 #include "files.hpp"
 #include "filters.hpp"
+#include "cfm.hpp"
 #include "traps.hpp"
 
 namespace swsim {
@@ -245,7 +246,7 @@ const Check kChecks[] = {
     {"image", lldp::config_damage}, {"hardware", lldp::hardware_damage}, {"hardware", routing::damage},
     {"image", traps::damage},       {"image", services::damage},    {"image", rmon::damage},
     {"image", auth::damage},        {"hardware", files::damage},
-    {"hardware", filters::damage},
+    {"hardware", filters::damage},  {"image", cfm::damage},
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -113,6 +114,11 @@ protected:
 
     AgentProcess &agent() { return *agent_; }
     swsim::Switch &sw() { return *switch_; }
+    // swctl `args` on the suite's switch, as an operator types it; its exit status.
+    int run_swctl(const std::string &args) {
+        const std::string cmd = std::string(SWCTL_PATH) + " --state " + agent().state_path() + " " + args;
+        return std::system(cmd.c_str());
+    }
     Session &reader() { return *read_; }
     Session &writer() { return *write_; }
 

@@ -87,6 +87,11 @@ const Damage kDamages[] = {
     {"fdb section: address entry 1's unit0 is -3 (0 .. 7)", [](RawState &r) { r.fdb().entries[1].unit = -3; }},
     {"fdb section: address entry 3's port0 is 70 (0 .. 63)", [](RawState &r) { r.fdb().entries[3].port = 70; }},
     {"fdb section: address entry 0's trunk0 is 200 (0 .. 127)", [](RawState &r) { r.fdb().entries[0].trunk = 200; }},
+    {"image section: the CFM probe count is 65 (at most 64)", [](RawState &r) { r.cfg().cfm.count = 65; }},
+    {"image section: CFM probe 2 of the list has number 5 (1 .. 65535, ascending)",
+     [](RawState &r) { r.cfg().cfm.count = 2, r.cfg().cfm.probes[0].id = 5, r.cfg().cfm.probes[1].id = 5; }},
+    {"image section: CFM probe 1 of the list is on unit0 9 port0 0 (no such port)",
+     [](RawState &r) { r.cfg().cfm.count = 1, r.cfg().cfm.probes[0].id = 1, r.cfg().cfm.probes[0].unit0 = 9; }},
 };
 
 // Every damage, one at a time on a fresh switch: the control handle and

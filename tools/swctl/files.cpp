@@ -40,9 +40,11 @@ void show_files(const Switch &sw) {
     const uint32_t a = f.tftp_server;
     std::printf("tftp server %u.%u.%u.%u port %d, file \"%s\", configuration file %d\n", a >> 24, a >> 16 & 255,
                 a >> 8 & 255, a & 255, f.tftp_port, f.tftp_file.c_str(), f.tftp_config_slot + 1);
-    std::printf("last transfer: %s%s%s\nrestarts asked for: %u\n",
+    static const char *const kRestarts[] = {"none", "warm", "cold", "factory reset"};
+    std::printf("last transfer: %s%s%s\nrestarts asked for: %u (last: %s)\n",
                 f.tftp_state >= 0 && f.tftp_state < 4 ? kStates[f.tftp_state] : "?",
-                f.tftp_error.empty() ? "" : ": ", f.tftp_error.c_str(), f.restarts);
+                f.tftp_error.empty() ? "" : ": ", f.tftp_error.c_str(), f.restarts,
+                f.last_restart >= 0 && f.last_restart < 4 ? kRestarts[f.last_restart] : "?");
 }
 
 }  // namespace

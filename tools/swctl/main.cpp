@@ -302,6 +302,7 @@ public:
         swctl::add_chassis_verbs(app_, verbs());
         swctl::add_auth_verbs(app_, verbs());
         swctl::add_files_verbs(app_, verbs());
+        swctl::add_cfm_verbs(app_, verbs());
         swctl::add_lldp_commands(
             app_, [this](CLI::App *parent, const std::string &name, const std::string &help, Action act) {
                 return add(parent, name, help, act);
@@ -404,6 +405,7 @@ private:
         };
         v.index = [](const std::string &text, const std::string &what) { return parse_index(text, what); };
         v.integer = [](const std::string &text, const std::string &what) { return parse_int(text, what); };
+        v.mac = [](const std::string &text, uint8_t mac[6]) { parse_mac(text, mac); };
         return v;
     }
 

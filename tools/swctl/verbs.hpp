@@ -25,6 +25,8 @@ struct Verbs {
     // A number counted from one as a zero-based index; `what` names it in errors.
     std::function<int(const std::string &text, const std::string &what)> index;
     std::function<int(const std::string &text, const std::string &what)> integer;
+    // "aa:bb:cc:dd:ee:ff" into mac.
+    std::function<void(const std::string &text, uint8_t mac[6])> mac;
 };
 
 // The chassis: power supplies, fans, alarms, load, uptime, device information.
@@ -33,5 +35,7 @@ void add_chassis_verbs(CLI::App &app, const Verbs &verbs);
 void add_auth_verbs(CLI::App &app, const Verbs &verbs);
 // The file store, TFTP transfers and restarts.
 void add_files_verbs(CLI::App &app, const Verbs &verbs);
+// CFM delay measurement probes.
+void add_cfm_verbs(CLI::App &app, const Verbs &verbs);
 
 }  // namespace swctl

@@ -89,9 +89,11 @@ int flash_tftp_clear(void);
 /* ---- Restart -----------------------------------------------------------------
  * kind SW_RESTART_WARM restarts the switch's software, SW_RESTART_COLD the
  * whole switch; either way the switch starts again from its start-up files
- * and its uptime starts from zero.
+ * and its uptime starts from zero.  SW_RESTART_FACTORY first puts the
+ * factory configuration into the start-up configuration file (in place of
+ * what it held), then restarts the whole switch.
  */
-enum { SW_RESTART_WARM = 1, SW_RESTART_COLD = 2 };
+enum { SW_RESTART_WARM = 1, SW_RESTART_COLD = 2, SW_RESTART_FACTORY = 3 };
 int cfg_restart(int kind);
 
 #ifdef __cplusplus

@@ -272,3 +272,4 @@ void vxlog(int level, const char *fmt, ...) __attribute__((format(printf, 2, 3))
 #include "swplatform/auth.h"
 #include "swplatform/files.h"
 #include "swplatform/filters.h"
+#include "swplatform/cfm.h"

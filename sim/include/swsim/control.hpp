@@ -493,6 +493,24 @@ public:
     void filter_set(int direction, int filter0, const FilterSettings &settings);
     void filter_remove(int direction, int filter0);
 
+    // ---- CFM delay measurement probes ----
+    struct CfmProbeSettings {
+        uint32_t id = 0;  // 1..SW_CFM_PROBE_MAX_ID
+        int unit0 = 0, port0 = 0;  // the local MEP's port
+        uint8_t target[6] = {};    // the remote MEP
+        uint32_t delay_us = 100;   // the path's two-way delay at its least
+        uint32_t jitter_us = 20;   // how far above it a measurement may lie
+    };
+    struct CfmProbeInfo {
+        sw_cfm_probe_t probe{};
+        sw_cfm_dm_result_t result{};  // as bcmd_get_cfm_dm_result answers it now
+        uint32_t delay_us = 0, jitter_us = 0;
+    };
+    // A new probe; its number must be free.
+    void cfm_probe_add(const CfmProbeSettings &settings);
+    void cfm_probe_remove(uint32_t id);
+    std::vector<CfmProbeInfo> cfm_probes() const;
+
     struct Impl;
 
 private:
