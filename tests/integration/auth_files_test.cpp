@@ -14,16 +14,8 @@
 namespace it {
 namespace {
 
-template <class Suite>
-class SwitchSuite : public AgentTest<Suite> {
-protected:
-    int swctl(const std::string &args) {
-        const std::string cmd = std::string(SWCTL_PATH) + " --state " + this->agent().state_path() + " " + args;
-        return std::system(cmd.c_str());
-    }
-};
-class Auth : public SwitchSuite<Auth> {};
-class Files : public SwitchSuite<Files> {
+class Auth : public AgentTest<Auth> {};
+class Files : public AgentTest<Files> {
 protected:
     // tftpAction once it is no longer inProgress (bounded).
     long settled_action() {

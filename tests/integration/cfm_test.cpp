@@ -35,12 +35,12 @@ TEST_F(Cfm, TheProbesWalkAndFollowTheOperator) {
     }
     EXPECT_EQ(set_one(SetValue::integer32(column(3, 1), 5)), kNotWritable);
 
-    ASSERT_EQ(run_swctl("cfm probe add 9 1/6 02:00:5e:20:00:09 --delay-us 700 --jitter-us 0"), 0);
+    ASSERT_EQ(swctl("cfm probe add 9 1/6 02:00:5e:20:00:09 --delay-us 700 --jitter-us 0"), 0);
     EXPECT_EQ(must_get(column(3, 9)).integer, 700);
-    ASSERT_EQ(run_swctl("link 1/6 down"), 0);
+    ASSERT_EQ(swctl("link 1/6 down"), 0);
     EXPECT_EQ(must_get(column(3, 9)).integer, 0) << "no measurement while the link is down";
     EXPECT_EQ(must_get(column(1, 9)).integer, 6) << "the probe stays";
-    ASSERT_EQ(run_swctl("cfm probe del 9"), 0);
+    ASSERT_EQ(swctl("cfm probe del 9"), 0);
     Response r = reader().get({column(3, 9)});
     ASSERT_EQ(r.varbinds.size(), 1u);
     EXPECT_EQ(r.varbinds[0].type, kNoSuchInstance);

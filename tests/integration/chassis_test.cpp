@@ -14,10 +14,6 @@ namespace {
 
 class Chassis : public AgentTest<Chassis> {
 protected:
-    int swctl(const std::string &args) {
-        const std::string cmd = std::string(SWCTL_PATH) + " --state " + agent().state_path() + " " + args;
-        return std::system(cmd.c_str());
-    }
     // The (OID suffix -> varbind) of a table's column walk.
     std::map<Oid, VarBind> column(const Oid &entry, uint32_t number) {
         const Oid prefix = child(entry, {number});

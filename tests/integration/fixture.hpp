@@ -115,7 +115,7 @@ protected:
     AgentProcess &agent() { return *agent_; }
     swsim::Switch &sw() { return *switch_; }
     // swctl `args` on the suite's switch, as an operator types it; its exit status.
-    int run_swctl(const std::string &args) {
+    int swctl(const std::string &args) {
         const std::string cmd = std::string(SWCTL_PATH) + " --state " + agent().state_path() + " " + args;
         return std::system(cmd.c_str());
     }

@@ -32,10 +32,6 @@ Oid if_index(uint32_t x) { return {1, 3, 6, 1, 2, 1, 2, 2, 1, 1, x}; }
 
 class Rmon : public AgentTest<Rmon> {
 protected:
-    int swctl(const std::string &args) {
-        const std::string cmd = std::string(SWCTL_PATH) + " --state " + agent().state_path() + " " + args;
-        return std::system(cmd.c_str());
-    }
     std::string agent_log() {
         std::ifstream in(agent().log_path());
         std::ostringstream text;

@@ -13,13 +13,7 @@
 namespace it {
 namespace {
 
-class Services : public AgentTest<Services> {
-protected:
-    int swctl(const std::string &args) {
-        const std::string cmd = std::string(SWCTL_PATH) + " --state " + agent().state_path() + " " + args;
-        return std::system(cmd.c_str());
-    }
-};
+class Services : public AgentTest<Services> {};
 
 const Oid kSwitch = parse_oid("1.3.6.1.4.1.99999.3.5.201.1");
 Oid scalar(std::initializer_list<uint32_t> at) {
