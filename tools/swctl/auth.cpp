@@ -60,13 +60,7 @@ void add_auth_verbs(CLI::App &app, const Verbs &v) {
     auto *start = v.add(dot1x, "start", "A supplicant logs on to a port (its RADIUS request goes out)", [v](Switch &sw) {
         const auto [unit0, port0] = v.port(args.port);
         uint8_t mac[6] = {0x02, 0, 0, 0, uint8_t(unit0 + 1), uint8_t(port0 + 1)};
-        unsigned m[6];
-        char tail = 0;
-        if (!args.mac.empty()) {
-            if (std::sscanf(args.mac.c_str(), "%x:%x:%x:%x:%x:%x%c", &m[0], &m[1], &m[2], &m[3], &m[4], &m[5], &tail) != 6)
-                throw swsim::Error("'" + args.mac + "' is not a MAC address (aa:bb:cc:dd:ee:ff)");
-            for (int i = 0; i < 6; ++i) mac[i] = uint8_t(m[i]);
-        }
+        if (!args.mac.empty()) v.mac(args.mac, mac);
         sw.dot1x_start(unit0, port0, args.user, mac);
     });
     start->add_option("port", args.port, "U/P")->required();
