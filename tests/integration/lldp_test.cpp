@@ -278,7 +278,13 @@ private:
             dup2(fd, 1);
             dup2(fd, 2);
             const std::string address = "192.0.2." + std::to_string(101 + side);
-            execlp("ip", "ip", "netns", "exec", ns_[side].c_str(), "lldpd", "-d", "-u", socket(side).c_str(), "-I",
+            // Each side also gets a host name of its own (peer-a, peer-b) in
+            // a UTS namespace: lldpd may announce the resolved host name
+            // rather than a configured one in its first frames, and then the
+            // name stands for as long as the frames do not change.
+            const std::string name = std::string("peer-") + char('a' + side);
+            execlp("ip", "ip", "netns", "exec", ns_[side].c_str(), "unshare", "--uts", "sh", "-c",
+                   "hostname \"$0\" && exec \"$@\"", name.c_str(), "lldpd", "-d", "-u", socket(side).c_str(), "-I",
                    if_[side].c_str(), "-m", address.c_str(), "-O", config(side).c_str(), static_cast<char *>(nullptr));
             _exit(127);
         }
