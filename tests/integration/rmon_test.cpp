@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "fixture.hpp"
+#include "tests/common/script_file_turn.hpp"
 #include "trap_daemon.hpp"
 
 namespace it {
@@ -32,6 +33,17 @@ Oid if_index(uint32_t x) { return {1, 3, 6, 1, 2, 1, 2, 2, 1, 1, x}; }
 
 class Rmon : public AgentTest<Rmon> {
 protected:
+    // The agent's events write the switch's one script file: the suite
+    // holds its turn from before the agent starts until it has stopped.
+    static inline std::unique_ptr<testing_support::ScriptFileTurn> script_file_turn_;
+    static void SetUpTestSuite() {
+        script_file_turn_ = std::make_unique<testing_support::ScriptFileTurn>();
+        AgentTest<Rmon>::SetUpTestSuite();
+    }
+    static void TearDownTestSuite() {
+        AgentTest<Rmon>::TearDownTestSuite();
+        script_file_turn_.reset();
+    }
     std::string agent_log() {
         std::ifstream in(agent().log_path());
         std::ostringstream text;

@@ -4,6 +4,7 @@
 // is made by the test.
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "fixture.hpp"
 #include "mibs/rmon/rmon.hpp"
 #include "swplatform/records_rmon.hpp"
+#include "tests/common/script_file_turn.hpp"
 #include "tables/catalogue.hpp"
 
 namespace {
@@ -71,6 +73,8 @@ Alarm alarm_on(int32_t index, const std::string &variable) {
 
 class RmonTest : public SwitchTest {
 protected:
+    // Events fired here write the switch's one script file.
+    testing_support::ScriptFileTurn script_file_turn_;
     // Two units of 8 ports, trunk 1 configured; the engine's thread paused.
     std::string scenario() const override {
         return R"({"units": [{"ports": 8, "sfp_ports": 0}, {"ports": 8, "sfp_ports": 0}],
@@ -439,11 +443,10 @@ TEST_F(RmonTest, FiredEventIsLoggedAndItsScriptWrittenRunAndRemoved) {
 TEST_F(RmonTest, FiredEventFailsOnlyWhenTheScriptFileCannotBeOpened) {
     sw().rmon_set_script(1, "", "show version\n");
     sw().rmon_add_event(event(1, "", 1));
-    ::rename("/var/cli-commands/tmp", "/var/cli-commands/tmp.away");
-    std::fclose(std::fopen("/var/cli-commands/tmp", "w"));  // a file where the directory was
+    // A directory where the script file goes.
+    ASSERT_EQ(::mkdir("/var/cli-commands/tmp/event_fire", 0755), 0) << std::strerror(errno);
     EXPECT_EQ(count_calls("vxlog", [] { EXPECT_EQ(rmon_event_fired(1, "d"), -1); }), 1u);
-    ::unlink("/var/cli-commands/tmp");
-    ::rename("/var/cli-commands/tmp.away", "/var/cli-commands/tmp");
+    ::rmdir("/var/cli-commands/tmp/event_fire");
 }
 
 TEST_F(RmonTest, ClearAllWalksAlarmsThenEvents) {
