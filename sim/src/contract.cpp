@@ -451,16 +451,9 @@ int cfg_is_dynamic_trunk(const View &v, int trunk0) {
 int cfg_get_port_tid(const View &v, int unit0, int port0) {
     return phys_of(v, unit0, port0) < 0 ? -1 : model::trunk_of_port(v, unit0, port0);
 }
-// The interface stack asks this for every port of every configured trunk on
-// each request (65,536 times on the largest stack), so its answer is kept to
-// a few loads: unsigned compares refuse negative numbers with the large ones.
 int cfg_check_port_tid(const View &v, int unit0, int port0, int trunk0) {
-    const uint32_t u = uint32_t(unit0), p = uint32_t(port0), t = uint32_t(trunk0);
-    if (u >= SW_MAX_UNITS || t >= SW_MAX_TRUNKS ||
-        p >= std::min<uint32_t>(v.status->units[u].user_ports, SW_PORTS_PER_UNIT))
-        return -1;
-    if (!v.cfg->trunks[t].configured) return 0;
-    return (swp::load_be32(v.image + swp::cfg_image::trunk_member_word_offset(t, u, p)) >> (p % 32)) & 1u;
+    if (phys_of(v, unit0, port0) < 0 || !model::trunk_in_range(trunk0)) return -1;
+    return v.cfg->trunks[trunk0].configured && model::trunk_has(v, trunk0, unit0, port0);
 }
 
 int cfg_vlan_exists(const View &v, int vid) { return model::vid_in_range(vid) ? v.cfg->vlans[vid].exists != 0 : -1; }

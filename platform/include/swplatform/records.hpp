@@ -171,8 +171,10 @@ inline constexpr std::size_t kTrunkMemberWordsPerUnit = SW_PORTS_PER_UNIT / 32;
 inline constexpr std::size_t kTrunkMembersSize =
     SW_MAX_TRUNKS * SW_MAX_UNITS * kTrunkMemberWordsPerUnit * 4;
 
-inline constexpr std::size_t trunk_member_word_offset(uint32_t trunk0, uint32_t unit0, uint32_t port0) {
-    return kTrunkMembersOffset + ((std::size_t(trunk0) * SW_MAX_UNITS + unit0) * kTrunkMemberWordsPerUnit + port0 / 32) * 4;
+inline constexpr std::size_t trunk_member_word_offset(int trunk0, int unit0, int port0) {
+    return kTrunkMembersOffset +
+           ((std::size_t(trunk0) * SW_MAX_UNITS + std::size_t(unit0)) * kTrunkMemberWordsPerUnit +
+            std::size_t(port0) / 32) * 4;
 }
 inline bool trunk_has_member(const uint8_t *image, int trunk0, int unit0, int port0) {
     return (load_be32(image + trunk_member_word_offset(trunk0, unit0, port0)) >> (port0 % 32)) & 1u;
