@@ -2,18 +2,17 @@
 // port, serving a directory of its own in which it may create files.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "test_daemon.hpp"
 
 namespace it {
 
 class TftpServer {
 public:
     TftpServer();   // starts it and waits (bounded) until it listens; throws otherwise
-    ~TftpServer();  // stops it, removes its directory
     TftpServer(const TftpServer &) = delete;
     TftpServer &operator=(const TftpServer &) = delete;
 
@@ -24,9 +23,8 @@ public:
     std::string file(const std::string &name) const;
 
 private:
-    std::string dir_;
+    TestDaemon daemon_{"switch-tftpd"};
     uint16_t port_ = 0;
-    pid_t pid_ = -1;
 };
 
 }  // namespace it

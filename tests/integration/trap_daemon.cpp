@@ -1,17 +1,7 @@
 #include "trap_daemon.hpp"
 
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 #include <thread>
 
 #include "agent_process.hpp"
@@ -38,48 +28,20 @@ std::string tidy(std::string line) {
 
 }  // namespace
 
-TrapDaemon::TrapDaemon() {
-    char tmpl[] = "/tmp/switch-trapd-XXXXXX";
-    if (!mkdtemp(tmpl)) throw std::runtime_error("mkdtemp: " + std::string(std::strerror(errno)));
-    dir_ = tmpl;
-    log_path_ = dir_ + "/snmptrapd.log";
-    const std::string conf = dir_ + "/snmptrapd.conf", pid_file = dir_ + "/snmptrapd.pid";
+TrapDaemon::TrapDaemon() : log_path_(daemon_.dir() + "/snmptrapd.log") {
+    const std::string conf = daemon_.dir() + "/snmptrapd.conf", pid_file = daemon_.dir() + "/snmptrapd.pid";
     std::ofstream(conf) << kConf;
     port_ = free_udp_port();
     const std::string listen = "udp:127.0.0.1:" + std::to_string(port_);
-    const int log = open(log_path_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    if (log < 0) throw std::runtime_error("cannot open " + log_path_);
-    const pid_t parent = getpid();
-    pid_ = fork();
-    if (pid_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent) _exit(127);
-        dup2(log, 1);
-        dup2(log, 2);
-        execl(SNMPTRAPD_PATH, SNMPTRAPD_PATH, "-f", "-Lo", "-C", "-c", conf.c_str(), "-m", "", "-On", "-p",
-              pid_file.c_str(), listen.c_str(), static_cast<char *>(nullptr));
-        _exit(127);
-    }
-    close(log);
     // It writes its version line once it listens.
-    for (int i = 0; i < 100; ++i) {
+    const auto listening = [this] {
         std::ifstream in(log_path_);
         std::stringstream text;
         text << in.rdbuf();
-        if (text.str().find("NET-SNMP version") != std::string::npos) return;
-        if (waitpid(pid_, nullptr, WNOHANG) == pid_) break;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    throw std::runtime_error("snmptrapd did not start on " + listen);
-}
-
-TrapDaemon::~TrapDaemon() {
-    if (pid_ > 0) {
-        kill(pid_, SIGTERM);
-        waitpid(pid_, nullptr, 0);
-    }
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
+        return text.str().find("NET-SNMP version") != std::string::npos;
+    };
+    daemon_.start({SNMPTRAPD_PATH, "-f", "-Lo", "-C", "-c", conf, "-m", "", "-On", "-p", pid_file, listen}, log_path_,
+                  "snmptrapd on " + listen, listening, 100, std::chrono::milliseconds(50));
 }
 
 std::vector<std::string> TrapDaemon::notifications() const {

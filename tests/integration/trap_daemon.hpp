@@ -3,19 +3,18 @@
 // every community and prints one line per notification.
 #pragma once
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "test_daemon.hpp"
 
 namespace it {
 
 class TrapDaemon {
 public:
     TrapDaemon();   // starts it and waits (bounded) until it listens; throws otherwise
-    ~TrapDaemon();  // stops it, removes its directory
     TrapDaemon(const TrapDaemon &) = delete;
     TrapDaemon &operator=(const TrapDaemon &) = delete;
 
@@ -32,9 +31,9 @@ public:
                          std::chrono::milliseconds timeout = std::chrono::seconds(5)) const;
 
 private:
-    std::string dir_, log_path_;
+    TestDaemon daemon_{"switch-trapd"};
+    std::string log_path_;
     uint16_t port_ = 0;
-    pid_t pid_ = -1;
 };
 
 }  // namespace it
